@@ -1,0 +1,225 @@
+#!/usr/bin/env python3
+"""Runs a simulated station: two wire feeds without hardware, played into the real server, and checked at the end.
+
+The station stands in build/demo. Real wire copy comes down two pseudo-terminals with the noise of real lines between the
+stories; the server cuts it, the sample story tools file it. A separate script works out from the bytes of the line which story
+files must be there. Exit code 0: all there and nothing else; 1: something is missing, unexpected or wrong; 2: it can't run here.
+"""
+
+from __future__ import annotations
+
+import argparse
+import dataclasses
+import datetime
+import sys
+from pathlib import Path
+
+from demo_parts.checks import (
+    RunTimes,
+    Totals,
+    check_bounce,
+    check_daily_tools,
+    check_status,
+    check_stories,
+    daily_tools_due,
+)
+from demo_parts.filed import everything_filed, filed_files
+from demo_parts.programs import Program, wait_until
+from demo_parts.screen import choose_screen, has_display
+from demo_parts.station import DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
+from demo_parts.status import PRINTING, StatusTerminal
+from demo_parts.wire import BounceReader, Wire
+
+ROOT = Path(__file__).resolve().parent.parent
+# Of the whole length, what goes into starting, checking and ending.
+OVERHEAD_SECONDS = 5
+START_SECONDS = 30
+# How long after its time the copy may still be on its way before the demo gives up.
+GRACE_SECONDS = 30
+
+
+def tell(text: str) -> None:
+    with PRINTING:
+        print(text, flush=True)
+
+
+class Demo:
+    def __init__(self, options: argparse.Namespace) -> None:
+        self.options = options
+        self.folder: Path = options.folder
+        self.feeds = make_feeds(self.folder, ROOT / "tests" / "data" / "wire")
+        self.wires: list[Wire] = []
+        self.bounces: dict[int, BounceReader] = {}
+        self.terminals: dict[int, StatusTerminal] = {}
+        self.screen = None
+        self.server: Program | None = None
+        self.faults: list[str] = []
+
+    def run(self) -> int:
+        try:
+            self.set_up()
+            self.start_server()
+            self.play()
+            self.await_stories()
+            self.finish()
+        finally:
+            self.end_everything()
+        return self.report()
+
+    def set_up(self) -> None:
+        clear_folder(self.folder, self.options.keep)
+        address = free_address(self.feeds)
+        self.home = write_settings(self.folder, self.feeds, address)
+        for feed in self.feeds:
+            if feed.bounced:
+                self.bounces[feed.number] = BounceReader(feed.bounce_link)
+                self.bounces[feed.number].start()
+            drop = self.options.drop if feed.number == 1 else 0
+            seconds = self.options.seconds - OVERHEAD_SECONDS
+            self.wires.append(Wire(self.options.build / "bin" / "vdwire", feed, seconds, drop))
+            self.terminals[feed.number] = StatusTerminal(feed, address)
+        self.screen = choose_screen(self.folder, self.options.pictures)
+
+    def start_server(self) -> None:
+        self.started = datetime.datetime.now()
+        environment = self.screen.environment() | {"VORDA_HOME": str(self.home)}
+        self.server = Program([str(self.options.server)], self.folder / "server.log", environment)
+        for terminal in self.terminals.values():
+            if not wait_until(lambda: not self.server.runs() or terminal.connect(), START_SECONDS):
+                raise DemoError(f"the server does not listen on its status ports: see {self.server.log}")
+            if not wait_until(lambda: not self.server.runs() or terminal.greeted(), START_SECONDS):
+                raise DemoError("the status port takes a client but sends no status")
+        if not self.server.runs():
+            raise DemoError(f"the server ended at its start: see {self.server.log}")
+        self.ready = datetime.datetime.now()
+
+    def play(self) -> None:
+        tell(f"The server runs. Wire copy comes for about {self.options.seconds} s; here are its status lines.")
+        for wire in self.wires:
+            wire.begin()
+
+    def await_stories(self) -> None:
+        limit = self.options.seconds + GRACE_SECONDS
+        self.wait_for(lambda: all(filed_files(feed) for feed in self.feeds), limit, "the first stories")
+        self.save_picture("receiving")
+        self.wait_for(lambda: all(wire.has_sent_all() for wire in self.wires), limit, "the end of the wire copy")
+        self.wait_for(self.all_arrived, GRACE_SECONDS, "the last stories")
+        due = dataclasses.replace(self.times(), ended=datetime.datetime.now())
+        tools_seen = lambda: all(daily_tools_due(feed, due) for feed in self.feeds)
+        self.wait_for(tools_seen, GRACE_SECONDS, "the daily tools")
+        self.save_picture("frame")
+
+    def wait_for(self, condition, seconds: float, what: str) -> None:
+        over = lambda: condition() or not self.server.runs() or not all(wire.program.runs() for wire in self.wires)
+        if not wait_until(over, seconds):
+            tell(f"Time is up: {what} did not come.")
+
+    def all_arrived(self) -> bool:
+        if any(len(bounce.received) < self.feed(number).sent.stat().st_size for number, bounce in self.bounces.items()):
+            return False
+        told = all(not check_status(feed, self.terminals[feed.number]) for feed in self.feeds)
+        return told and all(everything_filed(feed) for feed in self.feeds)
+
+    def feed(self, number: int) -> Feed:
+        return self.feeds[number - 1]
+
+    def save_picture(self, name: str) -> None:
+        if not self.options.pictures or not self.server.runs():
+            return
+        if has_display() and not self.screen.window():
+            return
+        if not has_display() and not wait_until(self.screen.window, START_SECONDS):
+            self.faults.append("the server shows no window")
+        picture = self.screen.save_picture(name)
+        if picture is None:
+            self.faults.append(f"the picture {name} could not be saved")
+        else:
+            tell(f"Picture: {picture}")
+
+    def times(self) -> RunTimes:
+        return RunTimes(self.started, self.ready, datetime.datetime.now())
+
+    def finish(self) -> None:
+        """Lets the user look on if there is a window, then ends the server and takes its exit code."""
+        if has_display() and self.server.runs():
+            self.verdict_so_far()
+            tell("Close the window to end the demo.")
+            self.server.process.wait()
+        asked = self.server.runs()
+        code = self.server.end()
+        if code != 0:
+            ended = "did not end when asked to" if code is None else f"ended with exit code {code}"
+            self.faults.append(f"the server {ended}: see {self.server.log}")
+        elif not asked and not has_display():
+            self.faults.append(f"the server ended by itself: see {self.server.log}")
+
+    def verdict_so_far(self) -> None:
+        totals = Totals()
+        for feed in self.feeds:
+            check_stories(feed, totals)
+        tell(f"So far: {totals.sent} stories sent, {totals.missing} missing, {totals.unexpected} unexpected.")
+
+    def end_everything(self) -> None:
+        if self.server is not None and self.server.runs():
+            self.server.end()
+        for wire in self.wires:
+            wire.program.end()
+        for bounce in self.bounces.values():
+            bounce.end()
+        if self.screen is not None:
+            self.screen.end()
+
+    def report(self) -> int:
+        totals = Totals()
+        times = self.times()
+        for feed in self.feeds:
+            self.faults += check_stories(feed, totals)
+            self.faults += check_status(feed, self.terminals[feed.number])
+            self.faults += check_daily_tools(feed, times)
+            if feed.bounced:
+                self.faults += check_bounce(feed, bytes(self.bounces[feed.number].received))
+        tell("")
+        for wire in self.wires:
+            tell(f"Line {wire.feed.number}: {wire.summary()}")
+        tell(f"Stories: {totals.sent} sent, {totals.filed} filed, {totals.missing} missing, {totals.unexpected} unexpected")
+        for fault in self.faults:
+            tell(f"WRONG: {fault}")
+        if self.faults:
+            tell(f"What the server said is in {self.folder}/server.log, what the lines carried in {self.folder}/wire*.sent,")
+            tell(f"what is filed in {self.folder}/news*/Stories. expected_stories.py tells what a line must give.")
+            return 1
+        tell(f"All is well. The stories lie in {self.folder}/news*/Stories.")
+        return 0
+
+
+def parse_options() -> argparse.Namespace:
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--build", type=Path, required=True, help="build directory, whose bin holds the programs")
+    parser.add_argument("--seconds", type=int, default=20, help="about how long it takes (default 20)")
+    parser.add_argument("--drop", type=int, default=0, metavar="N", help="leave out story N of feed 1: must be noticed")
+    parser.add_argument("--no-pictures", dest="pictures", action="store_false", help="save no pictures")
+    parser.add_argument("--keep", action="store_true", help="set an earlier run's folder aside instead of removing it")
+    parser.add_argument("--folder", type=Path, default=ROOT / "build" / "demo", help="the station's folder")
+    parser.add_argument("--server", type=Path, help="another server than the build directory's")
+    options = parser.parse_args()
+    options.build = options.build.resolve()
+    options.folder = options.folder.resolve()
+    options.server = (options.server or options.build / "bin" / "vdserver").resolve()
+    if " " in f"{options.folder}{options.server}":
+        parser.error("the story tools can't be started where a path has a blank: build elsewhere, or use --folder")
+    return options
+
+
+def main() -> int:
+    try:
+        return Demo(parse_options()).run()
+    except DemoError as problem:
+        tell(f"demo: {problem}")
+        return 2
+    except KeyboardInterrupt:
+        tell("demo: interrupted")
+        return 130
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,139 @@
+#include "controls/DesktopServices.h"
+
+#include <QApplication>
+#include <QFileDialog>
+#include <QMessageBox>
+
+#include <cstdio>
+#include <set>
+#include <string>
+
+#include "platform/Desktop.h"
+#include "platform/MessageBox.h"
+#include "platform/ProgramVersion.h"
+#include "platform/Text.h"
+
+namespace vorda::controls {
+
+namespace {
+
+using platform::BoxAnswer;
+using platform::BoxButtons;
+using platform::BoxIcon;
+using platform::BoxRequest;
+
+struct BoxButton {
+  BoxAnswer answer;
+  QMessageBox::StandardButton button;
+};
+
+constexpr BoxButton kButtons[] = {
+    {BoxAnswer::Ok, QMessageBox::Ok},       {BoxAnswer::Cancel, QMessageBox::Cancel},
+    {BoxAnswer::Retry, QMessageBox::Retry}, {BoxAnswer::Yes, QMessageBox::Yes},
+    {BoxAnswer::No, QMessageBox::No},
+};
+
+QMessageBox::StandardButtons ButtonsOf(BoxButtons buttons) {
+  switch (buttons) {
+    case BoxButtons::Ok:
+      return QMessageBox::Ok;
+    case BoxButtons::OkCancel:
+      return QMessageBox::Ok | QMessageBox::Cancel;
+    case BoxButtons::YesNo:
+      return QMessageBox::Yes | QMessageBox::No;
+    case BoxButtons::YesNoCancel:
+      return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case BoxButtons::RetryCancel:
+      return QMessageBox::Retry | QMessageBox::Cancel;
+  }
+  return QMessageBox::Ok;
+}
+
+QMessageBox::Icon IconOf(BoxIcon icon) {
+  switch (icon) {
+    case BoxIcon::None:
+      return QMessageBox::NoIcon;
+    case BoxIcon::Critical:
+      return QMessageBox::Critical;
+    case BoxIcon::Question:
+      return QMessageBox::Question;
+    case BoxIcon::Exclamation:
+      return QMessageBox::Warning;
+    case BoxIcon::Information:
+      return QMessageBox::Information;
+  }
+  return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButton ButtonOf(BoxAnswer answer) {
+  for (const BoxButton& entry : kButtons) {
+    if (entry.answer == answer) return entry.button;
+  }
+  return QMessageBox::NoButton;
+}
+
+BoxAnswer AnswerOf(int button, BoxButtons buttons) {
+  for (const BoxButton& entry : kButtons) {
+    if (entry.button == button) return entry.answer;
+  }
+  return platform::RefusalOf(buttons);
+}
+
+void WriteToStandardError(const std::string& text) {
+  std::fprintf(stderr, "vdserver: %s\n", platform::ToUtf8(text).c_str());
+  std::fflush(stderr);
+}
+
+BoxAnswer ShowBox(const BoxRequest& request) {
+  static int open = 0;
+  if (open >= kMostBoxes) {
+    static std::set<std::string> told;
+    // The set is as bounded as the screen was: past it, further texts are dropped.
+    if (told.size() < 1000 && told.insert(request.text).second) WriteToStandardError(request.text);
+    return platform::RefusalOf(request.buttons);
+  }
+  QMessageBox box(QApplication::activeWindow());
+  box.setObjectName(QStringLiteral("messageBox"));
+  box.setWindowTitle(platform::ToUnicode(request.title.empty() ? platform::kProgramTitle : request.title));
+  box.setTextFormat(Qt::PlainText);
+  box.setText(platform::ToUnicode(request.text));
+  box.setIcon(IconOf(request.icon));
+  box.setStandardButtons(ButtonsOf(request.buttons));
+  box.setDefaultButton(ButtonOf(request.defaultAnswer));
+  box.setEscapeButton(ButtonOf(platform::RefusalOf(request.buttons)));
+  ++open;
+  const int pressed = box.exec();
+  --open;
+  return AnswerOf(pressed, request.buttons);
+}
+
+BoxAnswer AnswerUnattended(const BoxRequest& request) {
+  WriteToStandardError(request.text);
+  return platform::RefusalOf(request.buttons);
+}
+
+std::string ShowFolderPicker(const platform::FolderRequest& request) {
+  const QString chosen =
+      QFileDialog::getExistingDirectory(QApplication::activeWindow(), platform::ToUnicode(request.title),
+                                        platform::ToUnicode(request.startFolder));
+  return platform::FromUnicode(chosen);
+}
+
+void ShowPointer(platform::Pointer pointer) {
+  // One value and not a stack: whatever was there before goes.
+  while (QApplication::overrideCursor() != nullptr) QApplication::restoreOverrideCursor();
+  if (pointer == platform::Pointer::Hourglass) QApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+}  // namespace
+
+void InstallDesktop(Operator who) {
+  const bool present = who == Operator::Present;
+  platform::MessageBoxHook().Swap(present ? ShowBox : AnswerUnattended);
+  platform::FolderPickerHook().Swap(present ? ShowFolderPicker
+                                            : [](const platform::FolderRequest&) { return std::string(); });
+  platform::PointerHook().Swap(ShowPointer);
+  platform::BeepHook().Swap([] { QApplication::beep(); });
+}
+
+}  // namespace vorda::controls

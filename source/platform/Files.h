@@ -1,0 +1,43 @@
+// Files by number, as the run-time's Open, Print and Close have them, and the few questions the system asks
+// of a file.
+//
+// What is written goes straight to the file: nothing is held back that a kill would lose. Paths are native
+// (NativePath).
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vorda::platform {
+
+// Length in bytes of a file, -1 when it can't be had; of a directory -1.
+std::int64_t NativeFileSize(const std::string& path);
+
+// Removes a file. Result: 0 or a run-time error's number.
+int RemoveNativeFile(const std::string& path);
+
+// The next free file number. A number is handed out once in a run, so that one that was taken and never
+// opened can't come to mean another's file.
+int FreeFileNumber();
+
+// Makes or empties the file under `number`. Result: 0 or a run-time error's number (55 when the number is
+// open already).
+int OpenForOutput(int number, const std::string& path);
+
+// Writes the bytes as they stand. Result: 0 or a run-time error's number (52 when no file is open under
+// `number`); what the disk took before the failure stays written.
+int WriteToFile(int number, std::string_view bytes);
+
+// Closes the file; a number with no open file is passed over.
+void CloseFile(int number);
+
+// Closes every file that is open under a number.
+void CloseAllFiles();
+
+// Makes an empty file of a new name in a directory: three letters of `prefix`, eight hexadecimal digits that
+// never come twice in a run, ".TMP". Result: the name without the directory; "" on failure.
+std::string MakeTempFile(const std::string& directory, std::string_view prefix);
+
+}  // namespace vorda::platform

@@ -1,0 +1,34 @@
+// The keys of a feed configuration file that are read by name: one table for the reader, the dialogs and the
+// tests.
+
+#pragma once
+
+#include <span>
+#include <variant>
+
+#include "config/Vorda_Common_API.h"
+
+namespace vorda {
+
+using FeedMember = std::variant<std::int16_t WireFeedRecord::*, std::int32_t WireFeedRecord::*,
+                                std::string WireFeedRecord::*>;
+
+struct FeedKey {
+  const char* section;
+  const char* name;
+  FeedMember member;
+  std::int32_t defaultNumber = 0;
+  const char* defaultText = "";
+};
+
+// Each in the order in which it is read. LastRecordedCartNumber is not among them: its default is one below
+// the StartCartNumber just read.
+std::span<const FeedKey> TextDataKeys();
+std::span<const FeedKey> AudioCaptureKeys();
+std::span<const FeedKey> StoryDelimiterKeys();
+
+// Reads one key of `file` into the record. A number out of range for a 16-bit member stops the program
+// (Overflow).
+void ReadFeedKey(const FeedKey& key, const std::string& file, WireFeedRecord& record);
+
+}  // namespace vorda

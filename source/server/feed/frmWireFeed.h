@@ -1,0 +1,76 @@
+// A feed channel: one window for each wire feed, with everything that the feed does.
+//
+// A channel learns who it is in a fixed order: its Tag is set to the feed number, then the caption of
+// lblConfigFile to the path of its configuration file; the caption's change starts the channel. Where the
+// file is missing the window unloads itself, and showing it loads it again as a blank one.
+
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "controls/ChildForm.h"
+#include "controls/Panels.h"
+#include "controls/TerminalView.h"
+#include "feed/CaptureText.h"
+#include "feed/DailyTools.h"
+#include "feed/StatusPort.h"
+#include "feed/StoryCapture.h"
+#include "platform/ReentrantTimer.h"
+#include "platform/SerialControl.h"
+
+namespace vorda {
+
+class frmWireFeed : public controls::ChildForm {
+ public:
+  frmWireFeed();
+  ~frmWireFeed() override;
+
+  // Controls that others reach for; they load the form.
+  controls::CaptionLabel* lblConfigFile();
+  controls::TerminalView* txtCapture();
+
+  // Sends a line to the feed's status client; dropped when none is connected.
+  void sendWinSockMessage(std::string_view msg);
+
+  // Ends the recording under way, if there is one. Result: 0, always.
+  std::int32_t EndRecording();
+
+ protected:
+  void BuildControls(QWidget* client) override;
+  void OnLoad() override;
+  void OnActivate() override;
+  void OnResize() override;
+  void OnUnload() override;
+
+ private:
+  // Controls that are not widgets; they live as long as the window is loaded.
+  struct Devices {
+    std::unique_ptr<platform::SerialControl> commCapture;
+    std::unique_ptr<platform::SerialControl> commBouncePort;
+    std::unique_ptr<StatusPort> winSockAudio;
+    // Owned by the window's host.
+    platform::ReentrantTimer* timerIndexLogs = nullptr;
+    platform::ReentrantTimer* timerRecordMonitor = nullptr;
+    platform::ReentrantTimer* tmrAudioLevel = nullptr;
+  };
+
+  void MakeDevices(QWidget* client);
+  void lblConfigFile_Change();
+  void OpenPorts(const struct WireFeedRecord& feed);
+  void commCapture_OnComm();
+  void ReceiveText();
+  void AppendCaptureText(std::string& data);
+  void timerIndexLogs_Timer();
+  void LayOut(QWidget* client);
+
+  Devices devices_;
+  CaptureText captureText_;
+  StoryCapture stories_;
+  DailyToolsState dailyTools_;
+  std::int32_t CurrentRecordCart = 0;
+};
+
+}  // namespace vorda

@@ -1,0 +1,43 @@
+// Makes the application object and loads the frame, which is the start-up.
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "controls/DesktopServices.h"
+#include "platform/ProgramEnd.h"
+#include "platform/Settings.h"
+#include "shell/ServerState.h"
+#include "shell/frmVordaServer.h"
+
+namespace {
+
+// True when there is a screen to show windows on, or the user has said what to use instead.
+bool HasDisplay() {
+  return std::getenv("QT_QPA_PLATFORM") != nullptr || std::getenv("DISPLAY") != nullptr ||
+         std::getenv("WAYLAND_DISPLAY") != nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool display = HasDisplay();
+  if (!display) {
+    std::fputs(
+        "vdserver: no display: running without windows; messages appear here and are answered at once\n",
+        stderr);
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+  }
+  vorda::TakeCommandLine(argc - 1, argv + 1);
+  QApplication application(argc, argv);
+  QApplication::setQuitOnLastWindowClosed(false);
+  vorda::controls::InstallDesktop(display ? vorda::controls::Operator::Present
+                                          : vorda::controls::Operator::Absent);
+  vorda::platform::LoadPlatformSettings();
+  const vorda::platform::TerminationSignals termination([] { vorda::frmVordaServer::ShutDown(); });
+  // From inside the event loop, so that the start-up may wait for answers and end the program.
+  QTimer::singleShot(0, &application, [] { vorda::frmVordaServer::Default().Load(); });
+  return QApplication::exec();
+}

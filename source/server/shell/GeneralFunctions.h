@@ -1,0 +1,86 @@
+// Small services that every part of the system uses: names and paths, temporary names, processes, moments,
+// reports.
+//
+// Free functions without state. A function that can fail returns a special value and normally says nothing.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/Process.h"
+#include "shell/TimeStamp.h"
+
+namespace vorda {
+
+// --- Names and tokens (FileNames.cpp) ---
+
+// Trims `path` and returns it, in double quotation marks when it holds a blank and does not begin with one.
+std::string QuotePath(std::string& path);
+
+// -1 when every character of the text is allowed, 0 when not. Kinds: 1 digits; 2 digits and letters; 3
+// letters; 4 as 2 and the blank; 5 as 1 and the blank; any other allows everything. Letters are A to Z in
+// either case.
+std::int16_t IsValidText(std::string_view text, std::int16_t kind);
+
+// The text behind the last "\" or "/"; the whole path when it holds neither.
+std::string FileNamePart(std::string_view path);
+// The text ahead of the last "\" or "/"; "" when it holds neither.
+std::string DirectoryPart(std::string_view path);
+// FileNamePart up to its last "."; all of it when it has none.
+std::string FileBaseName(std::string_view path);
+// The text behind the last "." of FileNamePart; all of FileNamePart when it has none.
+std::string FileExtension(std::string_view path);
+
+// The next token of the text, trimmed. `position` counts from 1 and is raised to 1 when below. Blanks from
+// there on are skipped; the token ends ahead of `delimiter`, whose position goes to `endPosition`, or at the
+// text's end, which leaves `endPosition` at 0. "" when nothing but blanks is left.
+std::string GetToken(std::string_view text, std::int32_t& position, char delimiter,
+                     std::int32_t& endPosition);
+
+// --- Files (TempNames.cpp) ---
+
+// The file's length in bytes; -1 when it can't be read. This is how the system asks whether a file exists.
+double FileSize(std::string_view path);
+
+// A new file name in the directory `path` ("" = the temporary directory): the platform's unique name with its
+// last three characters replaced by `extension`. The file does not exist and the name is not reserved. "" on
+// failure.
+std::string UniqueTempFileName(std::string_view path, std::string_view extension);
+
+// --- Processes (Processes.cpp) ---
+
+inline constexpr std::int32_t kIdlePriorityClass = 64;
+inline constexpr std::int32_t kShowMinimized = 2;
+inline constexpr std::int32_t kShowNoActivate = 4;
+
+inline constexpr std::int32_t kWaitNone = 0;
+inline constexpr std::int32_t kWaitYielding =
+    -1;  // until the process has ended; everything goes on meanwhile
+inline constexpr std::int32_t kWaitBlocking = 9999;  // the same, but the operator's input waits
+
+// Starts a program with its arguments in one text, which the program takes apart by itself: nothing is
+// quoted, so a path with a blank in it becomes two arguments. `showWindow` is for desktops that place other
+// programs' windows. Non-zero when the process was started.
+std::int32_t RunProcess(const std::string& program, const std::string& arguments, std::int32_t creationFlags,
+                        std::int32_t waitMode, std::int32_t showWindow,
+                        platform::ProcessInformation& information);
+
+// --- Moments (TimeStamps.cpp) ---
+
+// The present moment; with `wholeHour` the start of its hour.
+TimeStamp NowStamp(bool wholeHour = false);
+// Seconds from the stamp until now, across midnights; negative for a stamp that lies ahead.
+double SecondsSince(const TimeStamp& stamp);
+
+// --- Reports (Reports.cpp) ---
+
+// The one general error box: "There was a problem " and `what`, a clause that continues the sentence; with an
+// `errorNumber` of 1 or more also that error's text and, in brackets, the number of the current error.
+void ReportProblem(std::string_view what, std::int16_t errorNumber);
+
+// The folder picker; "" when cancelled. The root of a drive comes back without its separator.
+std::string BrowseForFolder(const std::string& title, const std::string& startFolder = {});
+
+}  // namespace vorda

@@ -112,11 +112,19 @@ BoxAnswer AnswerUnattended(const BoxRequest& request) {
   return platform::RefusalOf(request.buttons);
 }
 
+// A folder whose name the code page can't hold would be lost in the INI file: the operator is told and asked
+// again.
 std::string ShowFolderPicker(const platform::FolderRequest& request) {
-  const QString chosen =
-      QFileDialog::getExistingDirectory(QApplication::activeWindow(), platform::ToUnicode(request.title),
-                                        platform::ToUnicode(request.startFolder));
-  return platform::FromUnicode(chosen);
+  for (;;) {
+    const QString chosen =
+        QFileDialog::getExistingDirectory(QApplication::activeWindow(), platform::ToUnicode(request.title),
+                                          platform::ToUnicode(request.startFolder));
+    std::string folder = platform::FromUnicode(chosen);
+    if (platform::ToUnicode(folder) == chosen) return folder;
+    platform::ShowMessageBox("The name of this folder holds characters that Vorda Server can't store:\n" +
+                                 folder + "\nPlease choose another folder.",
+                             BoxIcon::Exclamation);
+  }
 }
 
 void ShowPointer(platform::Pointer pointer) {

@@ -1,6 +1,7 @@
 #include "controls/Form.h"
 
 #include <QEvent>
+#include <QWindow>
 
 #include "controls/Twips.h"
 #include "platform/ReentrantTimer.h"
@@ -59,6 +60,15 @@ void Form::Show() {
 
 void Form::Hide() {
   if (Loaded()) host_->hide();
+}
+
+void Form::StandAbove(const Form& other) {
+  if (!Loaded() || !other.Loaded()) return;
+  // The window system asks who belongs to whom when a window comes up, and only then: raising it loses against a window
+  // that is just coming up.
+  host_->hide();
+  if (QWindow* window = host_->windowHandle()) window->setTransientParent(other.host_->windowHandle());
+  host_->show();
 }
 
 bool Form::Visible() const {

@@ -39,6 +39,8 @@ class Form : public QObject {
   virtual void Show();
   void Hide();
   bool Visible() const;
+  // Shows this window anew, above another form's, if both are loaded.
+  void StandAbove(const Form& other);
 
   // A text of the form's users; empty on a form that has just been loaded.
   const std::string& Tag();

@@ -29,8 +29,11 @@ bool IsPlainFile(const struct stat& status) {
   return S_ISREG(status.st_mode);
 }
 
-std::optional<std::string> ReadAll(const Descriptor& file, std::size_t expectedSize) {
-  std::string bytes(expectedSize + 1, '\0');  // the one byte more finds the end without another buffer
+std::optional<std::string> ReadAll(const Descriptor& file) {
+  struct stat status {};
+  if (::fstat(file.number(), &status) != 0) return std::nullopt;
+  // One byte more finds the end without growing.
+  std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
   std::size_t length = 0;
   while (true) {
     if (length == bytes.size()) bytes.resize(bytes.size() * 2);
@@ -70,20 +73,29 @@ OpenedProfile OpenOrMake(const std::string& path) {
   return {OpenFile(path, kFlags | O_CREAT), false};
 }
 
+bool HoldsAlready(const Descriptor& file, const ProfileChange& change) {
+  const std::optional<std::string> bytes = ReadAll(file);
+  return bytes && change(*bytes) == bytes;
+}
+
 enum class Outcome { Done, Failed, Again };
 
 // One try. Again when another writer has put a new file in place while this one waited for the lock.
 Outcome TryToChange(const std::string& path, const ProfileChange& change) {
   const OpenedProfile opened = OpenOrMake(path);
-  if (!opened.file.isOpen()) return Outcome::Failed;
-  LockBriefly(opened.file);
   struct stat held {};
+  if (!opened.file.isOpen() || ::fstat(opened.file.number(), &held) != 0 || !IsPlainFile(held))
+    return Outcome::Failed;
+  // A dialog writes all its keys, of which most stand already: no lock for these.
+  if (HoldsAlready(opened.file, change)) return Outcome::Done;
+  LockBriefly(opened.file);
   struct stat named {};
-  if (::fstat(opened.file.number(), &held) != 0 || !IsPlainFile(held)) return Outcome::Failed;
   if (::stat(path.c_str(), &named) != 0 || held.st_dev != named.st_dev || held.st_ino != named.st_ino) {
     return Outcome::Again;
   }
-  const std::optional<std::string> bytes = ReadAll(opened.file, static_cast<std::size_t>(held.st_size));
+  // The status again: size and mode may have changed during the wait.
+  if (::fstat(opened.file.number(), &held) != 0) return Outcome::Failed;
+  const std::optional<std::string> bytes = ReadAll(opened.file);
   const std::optional<std::string> changed = bytes ? change(*bytes) : std::nullopt;
   if (changed && *changed == *bytes) return Outcome::Done;
   if (changed && ReplaceFile(path, opened.file, held, *bytes, *changed)) return Outcome::Done;
@@ -103,7 +115,7 @@ std::optional<ProfileBytes> ReadProfileBytes(const std::string& path) {
   struct stat before {};
   if (!file.isOpen() || ::fstat(file.number(), &before) != 0 || !IsPlainFile(before)) return std::nullopt;
   const bool settled = IsSettled(StampOf(before));
-  std::optional<std::string> bytes = ReadAll(file, static_cast<std::size_t>(before.st_size));
+  std::optional<std::string> bytes = ReadAll(file);
   struct stat after {};
   if (!bytes || ::fstat(file.number(), &after) != 0) return std::nullopt;
   return ProfileBytes{std::move(*bytes), StampOf(before), settled && StampOf(before) == StampOf(after)};

@@ -1,6 +1,7 @@
 // Makes the application object and loads the frame, which is the start-up.
 
 #include <QApplication>
+#include <QIcon>
 #include <QTimer>
 
 #include <cstdio>
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
   vorda::TakeCommandLine(argc - 1, argv + 1);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setWindowIcon(QIcon(QStringLiteral(":/vorda/vorda.png")));
   vorda::controls::InstallDesktop(display ? vorda::controls::Operator::Present
                                           : vorda::controls::Operator::Absent);
   vorda::platform::LoadPlatformSettings();

@@ -1,5 +1,7 @@
 #include "feed/frmWireFeed.h"
 
+#include <exception>
+
 #include "feed/CommEventWords.h"
 #include "feed/frmWireFeedLayout.h"
 #include "platform/Clock.h"
@@ -128,8 +130,17 @@ void frmWireFeed::ReceiveText() {
   stories_.Take(data);
 }
 
+// A display that fails is told; the story goes on with what the data holds by then.
 void frmWireFeed::AppendCaptureText(std::string& data) {
-  captureText_.Append(data);
+  try {
+    captureText_.Append(data);
+    ShowCaptureText();
+  } catch (const std::exception& error) {
+    platform::ShowMessageBox(error.what());
+  }
+}
+
+void frmWireFeed::ShowCaptureText() {
   txtCapture()->TextChanged();
 }
 

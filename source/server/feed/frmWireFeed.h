@@ -45,6 +45,9 @@ class frmWireFeed : public controls::ChildForm {
   void OnResize() override;
   void OnUnload() override;
 
+  // Has the display follow the captured text.
+  virtual void ShowCaptureText();
+
  private:
   // Controls that are not widgets; they live as long as the window is loaded.
   struct Devices {

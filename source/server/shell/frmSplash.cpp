@@ -99,7 +99,8 @@ void frmSplash::OnLoad() {
 // The station's own picture where there is one; otherwise the one that the window was built with.
 void frmSplash::ShowLogo() {
   auto* logo = Control<QLabel>("picLogo");
-  logo->setPixmap(QPixmap(QStringLiteral(":/vorda/logo.png")));
+  logo->setPixmap(QPixmap(QStringLiteral(":/vorda/vorda.png"))
+                      .scaled(logo->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
   const std::string file = platform::JoinPath(platform::ProgramDirectory(), "LOGO.BMP");
   if (!(FileSize(file) > 0)) return;
   const QPixmap own(QString::fromLocal8Bit(platform::NativePath(file).c_str()));

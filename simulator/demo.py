@@ -9,9 +9,10 @@ files must be there. Exit code 0: all there and nothing else; 1: something is mi
 from __future__ import annotations
 
 import argparse
-import dataclasses
 import datetime
+import signal
 import sys
+from collections.abc import Callable
 from pathlib import Path
 
 from demo_parts.checks import (
@@ -25,7 +26,7 @@ from demo_parts.checks import (
 )
 from demo_parts.filed import everything_filed, filed_files
 from demo_parts.programs import Program, wait_until
-from demo_parts.screen import choose_screen, has_display
+from demo_parts.screen import Screen, choose_screen, has_display
 from demo_parts.station import DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
 from demo_parts.status import PRINTING, StatusTerminal
 from demo_parts.wire import BounceReader, Wire
@@ -36,6 +37,8 @@ OVERHEAD_SECONDS = 5
 START_SECONDS = 30
 # How long after its time the copy may still be on its way before the demo gives up.
 GRACE_SECONDS = 30
+
+STORIES_FOR_PICTURE = 10
 
 
 def tell(text: str) -> None:
@@ -51,7 +54,7 @@ class Demo:
         self.wires: list[Wire] = []
         self.bounces: dict[int, BounceReader] = {}
         self.terminals: dict[int, StatusTerminal] = {}
-        self.screen = None
+        self.screen: Screen | None = None
         self.server: Program | None = None
         self.faults: list[str] = []
 
@@ -100,19 +103,24 @@ class Demo:
 
     def await_stories(self) -> None:
         limit = self.options.seconds + GRACE_SECONDS
-        self.wait_for(lambda: all(filed_files(feed) for feed in self.feeds), limit, "the first stories")
+        self.wait_for(self.well_under_way, limit, "the first stories")
         self.save_picture("receiving")
         self.wait_for(lambda: all(wire.has_sent_all() for wire in self.wires), limit, "the end of the wire copy")
         self.wait_for(self.all_arrived, GRACE_SECONDS, "the last stories")
-        due = dataclasses.replace(self.times(), ended=datetime.datetime.now())
-        tools_seen = lambda: all(daily_tools_due(feed, due) for feed in self.feeds)
-        self.wait_for(tools_seen, GRACE_SECONDS, "the daily tools")
+        due = self.times()
+        self.wait_for(lambda: all(daily_tools_due(feed, due) for feed in self.feeds), GRACE_SECONDS, "the daily tools")
         self.save_picture("frame")
 
-    def wait_for(self, condition, seconds: float, what: str) -> None:
-        over = lambda: condition() or not self.server.runs() or not all(wire.program.runs() for wire in self.wires)
-        if not wait_until(over, seconds):
+    def wait_for(self, condition: Callable[[], bool], seconds: float, what: str) -> None:
+        """Waits, but not for a server or a line that has ended."""
+        if not wait_until(lambda: condition() or not self.still_playing(), seconds):
             tell(f"Time is up: {what} did not come.")
+
+    def still_playing(self) -> bool:
+        return self.server.runs() and all(wire.program.runs() for wire in self.wires)
+
+    def well_under_way(self) -> bool:
+        return all(len(filed_files(feed)) >= STORIES_FOR_PICTURE for feed in self.feeds)
 
     def all_arrived(self) -> bool:
         if any(len(bounce.received) < self.feed(number).sent.stat().st_size for number, bounce in self.bounces.items()):
@@ -211,6 +219,7 @@ def parse_options() -> argparse.Namespace:
 
 
 def main() -> int:
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     try:
         return Demo(parse_options()).run()
     except DemoError as problem:

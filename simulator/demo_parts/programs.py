@@ -2,16 +2,20 @@
 
 from __future__ import annotations
 
+import ctypes
 import os
 import signal
 import subprocess
 import time
 from collections.abc import Callable
 from pathlib import Path
+from typing import Any
 
 from .station import DemoError
 
 LOOK_SECONDS = 0.02
+PR_SET_PDEATHSIG = 1
+LIBC = ctypes.CDLL(None)
 
 
 def wait_until(condition: Callable[[], bool], seconds: float) -> bool:
@@ -24,16 +28,26 @@ def wait_until(condition: Callable[[], bool], seconds: float) -> bool:
     return True
 
 
+def _end_with_demo() -> None:
+    """In the child: a demo that is killed leaves nothing behind."""
+    LIBC.prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
+
+
 class Program:
     """A started program whose output goes to a log file."""
 
-    def __init__(self, command: list[str], log: Path, environment: dict[str, str] | None = None, **options) -> None:
+    def __init__(self, command: list[str], log: Path, environment: dict[str, str] | None = None, **options: Any) -> None:
         self.name = Path(command[0]).name
         self.log = log
         with log.open("wb") as output:
             try:
                 self.process = subprocess.Popen(
-                    command, stdout=output, stderr=subprocess.STDOUT, env=environment or dict(os.environ), **options
+                    command,
+                    stdout=output,
+                    stderr=subprocess.STDOUT,
+                    env=environment or dict(os.environ),
+                    preexec_fn=_end_with_demo,
+                    **options,
                 )
             except OSError as error:
                 raise DemoError(f"{command[0]} can't be started: {error.strerror}") from error

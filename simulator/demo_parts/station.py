@@ -6,6 +6,7 @@ import datetime
 import os
 import shutil
 import socket
+from collections.abc import Iterator
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -87,7 +88,7 @@ def clear_folder(folder: Path, keep: bool) -> None:
     (folder / MARK).touch()
 
 
-def _names_aside(folder: Path):
+def _names_aside(folder: Path) -> Iterator[Path]:
     number = 1
     while True:
         yield folder.with_name(f"{folder.name}-{number}")

@@ -46,8 +46,8 @@ class PseudoTerminal : public Line {
 PseudoTerminal::~PseudoTerminal() {
   std::error_code error;
   if (!link_.empty() && fs::read_symlink(link_, error) == farName_) fs::remove(link_, error);
-  for (const int descriptor : {near_, far_, notices_}) {
-    if (descriptor >= 0) ::close(descriptor);
+  for (const int end : {near_, far_, notices_}) {
+    if (end >= 0) ::close(end);
   }
 }
 

@@ -93,6 +93,9 @@ int Main(const std::vector<std::string>& words) {
     stream = ReadFileBytes(arguments->rawFile, problem);
   }
   if (!stories || !stream) return Fail(problem);
+  if (arguments->rounds > 0 && arguments->drop > stories->size() * static_cast<size_t>(arguments->rounds)) {
+    return Fail("there is no story " + std::to_string(arguments->drop) + " to leave out", kWrongArguments);
+  }
   CatchInterrupts();
   const std::unique_ptr<Line> line = arguments->ptyLink.empty()
                                          ? OpenDevice(arguments->port, arguments->settings, problem)

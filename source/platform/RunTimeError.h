@@ -21,7 +21,8 @@ enum RunTimeError : int {
   kPathNotFound = 76,
 };
 
-// The error's text, e.g. "Permission denied"; of an unknown number "Application-defined or object-defined error".
+// The error's text, e.g. "Permission denied"; of an unknown number "Application-defined or object-defined
+// error".
 std::string ErrorText(int number);
 
 // The number that stands for an errno of the operating system.
@@ -31,8 +32,8 @@ int ErrorFromErrno(int systemError);
 int CurrentError();
 void SetCurrentError(int number);
 
-// An error that nothing catches: a critical box "Run-time error 'N':", a blank line and the text; then the program ends
-// at once with exit code 1. Nothing is shut down.
+// An error that nothing catches: a critical box "Run-time error 'N':", a blank line and the text; then the
+// program ends at once with exit code 1. Nothing is shut down.
 [[noreturn]] void StopWithRuntimeError(int number);
 
 }  // namespace vorda::platform

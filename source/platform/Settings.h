@@ -11,7 +11,8 @@
 namespace vorda::platform {
 
 struct Settings {
-  // [SerialPorts] Com1..Com4: the device path of port n at index n-1; default /dev/ttyS0../dev/ttyS3, "" = not mapped.
+  // [SerialPorts] Com1..Com4: the device path of port n at index n-1; default /dev/ttyS0../dev/ttyS3, "" =
+  // not mapped.
   std::vector<std::string> serialPorts = {"/dev/ttyS0", "/dev/ttyS1", "/dev/ttyS2", "/dev/ttyS3"};
   // [Drives] D=/srv/audio: capital drive letter to directory.
   std::map<char, std::string> drives;
@@ -31,7 +32,8 @@ const Settings& PlatformSettings();
 // Reads platform.ini into the settings in force.
 void LoadPlatformSettings();
 
-// The system's own directory, where bare INI names lie: $VORDA_HOME, else $XDG_CONFIG_HOME/vorda, else ~/.config/vorda.
+// The system's own directory, where bare INI names lie: $VORDA_HOME, else $XDG_CONFIG_HOME/vorda, else
+// ~/.config/vorda.
 std::string WindowsDirectory();
 
 // The directory of the running program, without a trailing separator, or what the settings name.

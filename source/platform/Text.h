@@ -1,7 +1,7 @@
 // Text as the system holds it: bytes of the ANSI code page (windows-1252), one byte a character.
 //
-// Stands in for the run-time's string functions. Codes 0x81, 0x8D, 0x8F, 0x90 and 0x9D, which the code page leaves
-// undefined, stay themselves, so that all 256 values survive the way to Unicode and back.
+// Stands in for the run-time's string functions. Codes 0x81, 0x8D, 0x8F, 0x90 and 0x9D, which the code page
+// leaves undefined, stay themselves, so that all 256 values survive the way to Unicode and back.
 
 #pragma once
 
@@ -12,7 +12,8 @@
 
 namespace vorda::platform {
 
-// Capital letters by the code page: a-z and the accented letters. One table serves commands, file names and INI names.
+// Capital letters by the code page: a-z and the accented letters. One table serves commands, file names and
+// INI names.
 char UpperCase(char c);
 std::string UpperCase(std::string_view text);
 

@@ -142,7 +142,6 @@ TEST_F(TerminalViewInputTest, KeysSelectAllAndCopyWithPlainLineEnds) {
   QTest::keyClick(&view, Qt::Key_A, Qt::ControlModifier);
   EXPECT_EQ(view.SelectedText(), text);
   QTest::keyClick(&view, Qt::Key_C, Qt::ControlModifier);
-  // Character by character: text() of the clipboard may be asked for as it likes, the hard blank must be in
   // it.
   EXPECT_EQ(Clipboard(), expected);
   QApplication::clipboard()->clear();

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <limits>
 #include <string>
@@ -11,6 +12,8 @@
 
 #include "ScopedVariable.h"
 #include "platform/FileFault.h"
+#include "platform/Hook.h"
+#include "platform/MessageBox.h"
 #include "platform/ProfileFile.h"
 #include "platform/Settings.h"
 #include "support/EventLoop.h"
@@ -195,6 +198,18 @@ TEST_F(ProfileFileTest, IntegersAreTheLeadingDigits) {
   EXPECT_EQ(integer("J"), 99);
 }
 
+TEST_F(ProfileFileTest, ShortOutOfRangeIsAnOverflowThatStopsTheProgram) {
+  Write("[Feed]\nA=32768\nB=-32769\nC=2147483648\n");
+  const ScopedHook box(MessageBoxHook(), [](const BoxRequest& request) {
+    std::fprintf(stderr, "<%s>", request.text.c_str());
+    return BoxAnswer::Ok;
+  });
+  for (const char* key : {"A", "B", "C"}) {
+    EXPECT_EXIT(ReadProfileShort("Feed", key, 0, file_), ::testing::ExitedWithCode(1),
+                "<Run-time error '6':\n\nOverflow>");
+  }
+}
+
 TEST_F(ProfileFileTest, ShortsReachTheirLimits) {
   Write("[Feed]\nA=32767\nB=-32768\nC=4294967295\nD=x\n");
   EXPECT_EQ(ReadProfileShort("Feed", "A", 0, file_), 32767);
@@ -245,6 +260,16 @@ TEST_F(ProfileFileTest, AnothersChangeInTheSameTickIsSeen) {
     Write("[Feed]\r\nName=" + std::to_string(i) + "\r\n");
     ASSERT_EQ(Value("Name"), std::to_string(i));
   }
+}
+
+TEST_F(ProfileFileTest, FileThatChangedJustNowIsNotKept) {
+  // Holds when both reads come within the tick of the change, which takes a few tries on a busy machine.
+  const auto secondReadOpens = [this] {
+    Write("[Feed]\r\nName=a\r\n");
+    const ScopedFileFault opens(FileOperation::Open, EIO, kEver, 1, file_);
+    return Value("Name") == "a" && Value("Name") == "a" && opens.calls() == 2;
+  };
+  EXPECT_TRUE(test::WaitUntil(secondReadOpens));
 }
 
 TEST_F(ProfileFileTest, OldFilePutInPlaceIsSeen) {

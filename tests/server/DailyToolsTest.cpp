@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -23,8 +24,7 @@ class DailyToolsHourTest : public ::testing::TestWithParam<Row> {};
 
 TEST_P(DailyToolsHourTest, WhichToolsAnHourAllows) {
   const Row& row = GetParam();
-  // The minute counts and not the hour: every hour of the day qualifies, but for the last one, where
-  // rounding may pass midnight all the same.
+  // It is the same in every hour of the day.
   for (int hour = 0; hour < 24; ++hour) {
     const DailyToolsDue due = DueDailyTools({}, {kToday, hour * 3600.0 + row.seconds});
     EXPECT_EQ(due.expiry, row.expiry) << hour << " h and " << row.seconds << " s";
@@ -72,13 +72,16 @@ class DailyToolsScenarioTest : public ::testing::Test {
     std::int32_t day;
     double seconds;
     bool operator==(const Run&) const = default;
+    friend void PrintTo(const Run& run, std::ostream* out) {
+      *out << run.tool << " on day " << run.day << " at " << run.seconds;
+    }
   };
 
   // Ticks from `begin` to `end`, both in seconds past midnight of today.
   void Tick(double begin, double end) {
     for (double seconds = begin; seconds <= end; seconds += 2) {
       const platform::Moment now{kToday + static_cast<std::int32_t>(std::floor(seconds / 86400)),
-                                 std::fmod(seconds, 86400)};
+                                 seconds - std::floor(seconds / 86400) * 86400};
       const DailyToolsDue due = DueDailyTools(state_, now);
       if (due.expiry) {
         runs_.push_back({"expiry", now.day, now.seconds});

@@ -301,6 +301,7 @@ TEST_F(SimulatorTest, WrongArgumentsAndMissingFilesAreRefused) {
   EXPECT_EQ(Refused({"--pty", link_, "--settings", "9600,x,8,1", File("a.txt")}), 2);
   EXPECT_EQ(Refused({"--pty", link_, File("a.txt"), "--gap"}), 2);
   EXPECT_EQ(Refused({"--pty", link_, "--raw", File("a.txt"), "--drop", "1"}), 2);
+  EXPECT_EQ(Refused({"--pty", link_, "--loop", "2", "--drop", "3", File("a.txt")}), 2);
   EXPECT_EQ(Refused({"--pty", link_, File("nothing.txt")}), 1);
   EXPECT_EQ(Refused({"--port", File("nothing"), File("a.txt")}), 1);
   EXPECT_EQ(Refused({"--port", "/dev/null", File("a.txt")}), 1);

@@ -40,7 +40,8 @@ class FormFrame {
 // The child window that holds a control.
 inline QMdiSubWindow* ChildWindowOf(const QWidget* control) {
   auto* widget = const_cast<QWidget*>(control);
-  while (widget != nullptr && qobject_cast<QMdiSubWindow*>(widget) == nullptr) widget = widget->parentWidget();
+  while (widget != nullptr && qobject_cast<QMdiSubWindow*>(widget) == nullptr)
+    widget = widget->parentWidget();
   return qobject_cast<QMdiSubWindow*>(widget);
 }
 

@@ -17,8 +17,10 @@ class StatusClient {
   bool Connect(const std::string& address, int port) {
     socket_.abort();
     socket_.connectToHost(QString::fromStdString(address), static_cast<std::uint16_t>(port));
-    WaitUntil([this] { return socket_.state() != QAbstractSocket::HostLookupState &&
-                              socket_.state() != QAbstractSocket::ConnectingState; });
+    WaitUntil([this] {
+      return socket_.state() != QAbstractSocket::HostLookupState &&
+             socket_.state() != QAbstractSocket::ConnectingState;
+    });
     return Connected();
   }
   bool Connected() const { return socket_.state() == QAbstractSocket::ConnectedState; }

@@ -1,0 +1,194 @@
+"""A station in a folder of its own, with pseudo-terminals for lines, and the programs that run in it."""
+
+from __future__ import annotations
+
+import os
+import pty
+import shutil
+import signal
+import socket
+import tempfile
+import termios
+import time
+import tty
+from pathlib import Path
+
+from .row import MeasureError
+
+STATUS_PORT = 6960
+START_CODE = b"\x01"
+END_CODE = b"\x03"
+START_SECONDS = 30
+
+
+class Station:
+    """The settings of a server with so many feeds. A context: the folder and the lines go with it."""
+
+    def __init__(self, feeds: int, tools: Path) -> None:
+        self.folder = Path(tempfile.mkdtemp(prefix="vorda-bench-"))
+        self.address = _free_address()
+        self.lines = [Line() for _ in range(feeds)]
+        self.stamps = StampSocket(self.folder / "stamps")
+        self.configurations = [self._write_feed(number) for number in range(1, feeds + 1)]
+        ports = {f"Com{number}": line.device for number, line in enumerate(self.lines, 1)}
+        sections = {"SerialPorts": ports, "StatusPort": {"Address": self.address}, "Program": {"Directory": tools}}
+        _write_ini(self.folder / "platform.ini", sections)
+        _write_ini(
+            self.folder / "vdServer.INI",
+            {
+                f"WireFeed{number}": {"NewsPath": configuration.parent, "CapturePort": number}
+                for number, configuration in enumerate(self.configurations, 1)
+            },
+        )
+
+    def __enter__(self) -> Station:
+        return self
+
+    def __exit__(self, *_) -> None:
+        for line in self.lines:
+            line.close()
+        self.stamps.close()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def _write_feed(self, number: int) -> Path:
+        news = self.folder / f"news{number}"
+        news.mkdir()
+        sections = {
+            "General": {"Name": f"Line {number}"},
+            "TextData": {"Settings": "115200,n,8,1", "HandShaking": 0},
+            "StoryDelimiters": {"StartChar": START_CODE[0], "EndChar": END_CODE[0]},
+        }
+        _write_ini(news / "vorda.ini", sections)
+        return news / "vorda.ini"
+
+    def environment(self) -> dict[str, str]:
+        unwanted = ("DISPLAY", "WAYLAND_DISPLAY", "VORDA_HOME")
+        inherited = {name: value for name, value in os.environ.items() if name not in unwanted}
+        ours = {"VORDA_HOME": self.folder, "QT_QPA_PLATFORM": "offscreen", "VORDA_BENCH_SOCKET": self.stamps.path}
+        return inherited | {name: str(value) for name, value in ours.items()}
+
+    def start_server(self, server: Path, screen: Path | None = None) -> Program:
+        """The server, up and listening."""
+        environment = self.environment()
+        if screen:
+            environment["QT_QPA_PLATFORM"] = f"offscreen:configfile={screen}"
+        program = Program([server], environment)
+        program.wait_for_port(self.address, STATUS_PORT)
+        return program
+
+
+class Line:
+    """A pseudo-terminal. Its far end stays open here, too, so that no byte is lost while the server starts."""
+
+    def __init__(self) -> None:
+        self.near, self._far = pty.openpty()
+        tty.setraw(self._far, termios.TCSANOW)
+        self.device = os.ttyname(self._far)
+
+    def send(self, data: bytes) -> None:
+        os.write(self.near, data)
+
+    def close(self) -> None:
+        os.close(self.near)
+        os.close(self._far)
+
+
+class StampSocket:
+    """Where the story tool says when it began."""
+
+    def __init__(self, path: Path) -> None:
+        self.path = path
+        self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
+        self._socket.bind(str(path))
+
+    def receive(self, seconds: float) -> int | None:
+        """Nanoseconds of the monotonic clock; None when no tool has begun in that time."""
+        self._socket.settimeout(seconds)
+        try:
+            return int.from_bytes(self._socket.recv(8), "little")
+        except TimeoutError:
+            return None
+
+    def close(self) -> None:
+        self._socket.close()
+
+
+class Program:
+    """A started program; a context that ends it."""
+
+    def __init__(self, command: list[Path | str], environment: dict[str, str]) -> None:
+        words = [str(word) for word in command]
+        quiet = [(os.POSIX_SPAWN_OPEN, number, os.devnull, os.O_RDWR, 0) for number in (0, 1, 2)]
+        self.name = Path(words[0]).name
+        self.began = time.monotonic()
+        self.process = os.posix_spawn(words[0], words, environment, file_actions=quiet)
+        self._ended = False
+
+    def __enter__(self) -> Program:
+        return self
+
+    def __exit__(self, *_) -> None:
+        if not self.runs():
+            return
+        os.kill(self.process, signal.SIGTERM)
+        deadline = time.monotonic() + 5
+        while self.runs():
+            if time.monotonic() > deadline:
+                os.kill(self.process, signal.SIGKILL)
+                os.waitpid(self.process, 0)
+                self._ended = True
+                return
+            time.sleep(0.005)
+
+    def runs(self) -> bool:
+        self._ended = self._ended or os.waitpid(self.process, os.WNOHANG)[0] != 0
+        return not self._ended
+
+    def wait_for_port(self, address: str, port: int) -> float:
+        """Seconds from its start until the port took a connection."""
+        deadline = self.began + START_SECONDS
+        while True:
+            with socket.socket() as probe:
+                if probe.connect_ex((address, port)) == 0:
+                    return time.monotonic() - self.began
+            if time.monotonic() > deadline or not self.runs():
+                raise MeasureError(f"{self.name} did not come up")
+            time.sleep(0.0002)
+
+    def resident(self) -> int:
+        """Resident bytes."""
+        return int(Path(f"/proc/{self.process}/statm").read_text().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
+    def proportional(self) -> int:
+        """Resident bytes, with what is shared divided among those who share it."""
+        return _field(Path(f"/proc/{self.process}/smaps_rollup"), "Pss:") * 1024
+
+    def processor_seconds(self) -> float:
+        """What it has used of the processors, without the programs it has started."""
+        behind_name = Path(f"/proc/{self.process}/stat").read_text().rpartition(")")[2].split()
+        return (int(behind_name[11]) + int(behind_name[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def _field(file: Path, name: str) -> int:
+    return next(int(line.split()[1]) for line in file.read_text().splitlines() if line.startswith(name))
+
+
+def _free_address() -> str:
+    """A loopback address whose status port nobody has: another server may run on this machine."""
+    for offset in range(254):
+        address = f"127.0.1.{1 + (os.getpid() + offset) % 254}"
+        with socket.socket() as probe:
+            probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+            try:
+                probe.bind((address, STATUS_PORT))
+                return address
+            except OSError:
+                continue
+    raise MeasureError("the status port is taken on every loopback address")
+
+
+def _write_ini(path: Path, sections: dict[str, dict[str, object]]) -> None:
+    lines = []
+    for name, keys in sections.items():
+        lines += [f"[{name}]", *(f"{key}={value}" for key, value in keys.items()), ""]
+    path.write_text("\r\n".join(lines), encoding="ascii", newline="")

@@ -1,0 +1,208 @@
+// The frame: its start-up, its menus, and the history window along its foot.
+
+#include <QAction>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "controls/Twips.h"
+#include "platform/ScopedVariable.h"
+#include "shell/frmHistory.h"
+#include "shell/frmSplash.h"
+#include "support/FeedWindows.h"
+#include "support/RunServer.h"
+
+namespace vorda::test {
+namespace {
+
+class Frame : public FeedWindows {
+ protected:
+  Frame() { TakeCommandLine(0, nullptr); }
+
+  void WriteIni(const std::vector<int>& feeds) {
+    std::string text;
+    for (const int number : feeds) {
+      const std::string news = directory / ("news" + std::to_string(number));
+      std::filesystem::create_directory(news);
+      WriteWholeFile(news + "/vorda.ini", "[General]\r\nName=A&B " + std::to_string(number) + "\r\n");
+      text += "[WireFeed" + std::to_string(number) + "]\r\nNewsPath=" + news + "\r\n";
+    }
+    WriteWholeFile(home / "vdServer.INI", text);
+  }
+  static frmVordaServer& Server() { return frmVordaServer::Default(); }
+  static QMainWindow* MainWindow() {
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->objectName() == QStringLiteral("frmVordaServer")) return qobject_cast<QMainWindow*>(window);
+    return nullptr;
+  }
+  static QMenu* WindowMenu() {
+    auto* menu = MainWindow()->menuBar()->findChild<QMenu*>(QStringLiteral("mnuWindow"));
+    emit menu->aboutToShow();
+    return menu;
+  }
+  static void ExpectHistoryInPlace() {
+    frmHistory& history = frmHistory::Default();
+    EXPECT_EQ(history.Left(), 30);
+    EXPECT_EQ(history.Top(), Server().ClientHeight() - history.Height() - 60);
+    EXPECT_EQ(history.Width(), controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2)));
+  }
+  void ExpectHolds(const std::function<void()>& scenario) {
+    EXPECT_EXIT(RunServer(scenario), ::testing::ExitedWithCode(kScenarioHeld), "");
+  }
+
+  TempDirectory home;
+  ScopedVariable variable{"VORDA_HOME", home.path().c_str()};
+  FakeFolderPicker picker;
+};
+
+TEST_F(Frame, SplashStandsFirstAndIsGoneAtTheEnd) {
+  // Seen from behind the warning of feed 1, in the middle of the start-up.
+  WriteIni({1});
+  std::filesystem::remove(directory / "news1/vorda.ini");
+  boxes.Expect("Warning : No Vorda information was found in the specifed news directory: " + (directory / "news1/vorda.ini"),
+               platform::BoxAnswer::Ok, [] {
+                 EXPECT_TRUE(frmSplash::Default().Visible());
+                 EXPECT_TRUE(Server().Visible());
+                 EXPECT_TRUE(frmHistory::Default().Visible());
+                 EXPECT_EQ(gDefaultWaveFormat.nSamplesPerSec, 44100);
+                 EXPECT_EQ(gDefaultWaveFormat.wFormatTag, 1);
+                 EXPECT_EQ(gDefaultWaveFormat.nChannels, 1);
+                 EXPECT_EQ(gDefaultWaveFormat.wBitsPerSample, 16);
+                 EXPECT_EQ(gDefaultWaveFormat.nAvgBytesPerSec, 0);
+                 EXPECT_EQ(gDefaultWaveFormat.nBlockAlign, 0);
+               });
+  EXPECT_EXIT(RunServer([] {
+                EXPECT_FALSE(frmSplash::Default().Loaded());
+                EXPECT_TRUE(Server().Visible());
+                EXPECT_EQ(Server().Text(), "Halvorn Vorda Server");
+                EXPECT_EQ(FeedForm(1).Text(), "Wire Feed Capture");
+              }),
+              ::testing::ExitedWithCode(kScenarioHeld), "");
+  boxes.Forget();
+}
+
+TEST_F(Frame, SplashStandsAloneWhenTheCommandLineIsWrong) {
+  const char* const arguments[] = {"/P"};
+  TakeCommandLine(1, arguments);
+  const platform::ScopedHook box(platform::MessageBoxHook(), [](const platform::BoxRequest&) {
+    EXPECT_TRUE(frmSplash::Default().Visible());
+    EXPECT_FALSE(Server().Visible());
+    EXPECT_FALSE(frmHistory::Default().Loaded());
+    EndScenario();
+    return platform::BoxAnswer::Ok;
+  });
+  ExpectHolds([] {});
+}
+
+TEST_F(Frame, MenusInTheirOrderAndNoneEmpty) {
+  WriteIni({1});
+  ExpectHolds([] {
+    QStringList titles;
+    for (const QAction* action : MainWindow()->menuBar()->actions()) titles << action->text();
+    EXPECT_EQ(titles.join(' ').toStdString(), "&File &Window");
+    auto* exit = MainWindow()->findChild<QAction*>(QStringLiteral("mnuExit"));
+    ASSERT_NE(exit, nullptr);
+    EXPECT_EQ(exit->text().toStdString(), "E&xit");
+    EXPECT_TRUE(exit->shortcut().isEmpty());
+    EXPECT_FALSE(WindowMenu()->actions().isEmpty());
+  });
+}
+
+TEST_F(Frame, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
+  WriteIni({1, 2});
+  ExpectHolds([] {
+    QList<QAction*> entries = WindowMenu()->actions();
+    ASSERT_EQ(entries.size(), 3);
+    EXPECT_EQ(entries[0]->text().toStdString(), "&1 History:");
+    EXPECT_EQ(entries[1]->text().toStdString(), "&2 Vorda Server : A&&B 1");
+    EXPECT_EQ(entries[2]->text().toStdString(), "&3 Vorda Server : A&&B 2");
+    EXPECT_FALSE(entries[0]->isChecked());
+    EXPECT_FALSE(entries[1]->isChecked());
+    EXPECT_TRUE(entries[2]->isChecked());
+    EXPECT_EQ(gActiveFeed, 2);
+    entries[1]->trigger();
+    EXPECT_EQ(gActiveFeed, 1);
+    entries = WindowMenu()->actions();
+    EXPECT_TRUE(entries[1]->isChecked());
+    EXPECT_FALSE(entries[2]->isChecked());
+  });
+}
+
+TEST_F(Frame, WindowMenuBringsAMinimizedChildBack) {
+  WriteIni({1, 2});
+  ExpectHolds([] {
+    ChildWindowOf(FeedForm(1).lblConfigFile())->showMinimized();
+    WindowMenu()->actions().at(1)->trigger();
+    EXPECT_FALSE(FeedForm(1).Minimized());
+    EXPECT_EQ(gActiveFeed, 1);
+  });
+}
+
+TEST_F(Frame, WindowMenuForgetsAClosedChild) {
+  WriteIni({1, 2});
+  ExpectHolds([] {
+    ChildWindowOf(FeedForm(1).lblConfigFile())->close();
+    const QList<QAction*> entries = WindowMenu()->actions();
+    ASSERT_EQ(entries.size(), 2);
+    EXPECT_EQ(entries[1]->text().toStdString(), "&2 Vorda Server : A&&B 2");
+  });
+}
+
+TEST_F(Frame, HistoryLiesAlongTheFootAndFollowsTheFrame) {
+  WriteIni({1});
+  ExpectHolds([] {
+    ExpectHistoryInPlace();
+    const double height = frmHistory::Default().Height();
+    const double feedTop = FeedForm(1).Top();
+    const double feedWidth = FeedForm(1).Width();
+    for (const QSize size : {QSize(700, 500), QSize(1201, 803)}) {
+      MainWindow()->resize(size);
+      RunPendingEvents();
+      ExpectHistoryInPlace();
+      EXPECT_EQ(frmHistory::Default().Height(), height);
+    }
+    EXPECT_EQ(FeedForm(1).Top(), feedTop);
+    EXPECT_EQ(FeedForm(1).Width(), feedWidth);
+  });
+}
+
+TEST_F(Frame, FeedWindowsStandAboveTheHistory) {
+  WriteIni({1, 3});
+  ExpectHolds([] {
+    const double width = controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2));
+    EXPECT_EQ(FeedForm(1).Left(), 0);
+    EXPECT_EQ(FeedForm(1).Top(), 30);
+    EXPECT_EQ(FeedForm(1).Width(), width);
+    EXPECT_EQ(FeedForm(1).Height(), frmHistory::Default().Top() - 60);
+    EXPECT_EQ(FeedForm(3).Left(), width + 60);
+  });
+}
+
+TEST_F(Frame, MinimizedFrameLeavesTheHistoryWhereItIs) {
+  WriteIni({1});
+  ExpectHolds([] {
+    frmHistory& history = frmHistory::Default();
+    const double top = history.Top();
+    const double width = history.Width();
+    MainWindow()->showMinimized();
+    MainWindow()->resize(500, 300);
+    RunPendingEvents();
+    EXPECT_EQ(history.Top(), top);
+    EXPECT_EQ(history.Width(), width);
+  });
+}
+
+TEST_F(Frame, OperatorCanNotCloseTheHistoryInTheFrame) {
+  WriteIni({1});
+  ExpectHolds([] {
+    ChildWindowOf(frmHistory::Default().Control<QWidget>("Picture1"))->close();
+    EXPECT_TRUE(frmHistory::Default().Visible());
+  });
+}
+
+}  // namespace
+}  // namespace vorda::test

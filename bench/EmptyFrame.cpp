@@ -1,8 +1,9 @@
 // A frame with two empty child windows, and nothing else: the baseline for the start and the memory.
 //
-//     EmptyFrame ADDRESS PORT
+//     EmptyFrame ADDRESS PORT titled|untitled
 //
-// Listens on the port once the windows are shown. Bare sockets, so that no library comes in for that.
+// Listens on the port once the windows have been painted. With titles it needs a font, as any frame does;
+// without them nothing of a font is ever loaded. Bare sockets, so that no library comes in for that.
 
 #include <QApplication>
 #include <QMainWindow>
@@ -16,6 +17,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <string_view>
 
 namespace {
 
@@ -29,14 +31,16 @@ bool Listen(const char* address, const char* port) {
          ::listen(listener, 5) == 0;
 }
 
-void ShowFrame(QMainWindow& frame) {
+void ShowFrame(QMainWindow& frame, bool titled) {
   auto* area = new QMdiArea(&frame);
   frame.setCentralWidget(area);
   frame.resize(1024, 720);
+  if (titled) frame.setWindowTitle(QStringLiteral("Frame"));
   frame.show();
-  for (int i = 0; i < 2; ++i) {
+  for (const char* title : {"Feed", "History"}) {
     QMdiSubWindow* window = area->addSubWindow(new QWidget);
-    window->resize(460, 600);
+    if (titled) window->setWindowTitle(QLatin1String(title));
+    window->resize(460, 300);
     window->show();
   }
 }
@@ -45,10 +49,12 @@ void ShowFrame(QMainWindow& frame) {
 
 int main(int argc, char** argv) {
   const QApplication application(argc, argv);
-  if (argc < 3) return 2;
+  if (argc < 4) return 2;
+  const bool titled = std::string_view(argv[3]) == "titled";
   QMainWindow frame;
   QTimer::singleShot(0, &application, [&] {
-    ShowFrame(frame);
+    ShowFrame(frame, titled);
+    QCoreApplication::processEvents();
     if (!Listen(argv[1], argv[2])) std::exit(1);
   });
   return QApplication::exec();

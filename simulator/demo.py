@@ -37,7 +37,7 @@ OVERHEAD_SECONDS = 5
 START_SECONDS = 30
 # How long after its time the copy may still be on its way before the demo gives up.
 GRACE_SECONDS = 30
-
+# A picture taken with so many stories filed on each feed shows the copy coming in.
 STORIES_FOR_PICTURE = 10
 
 

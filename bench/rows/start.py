@@ -15,28 +15,39 @@ SETTLE_SECONDS = 1
 MEGABYTE = 1 << 20
 
 
+
 def measure(bench: Bench) -> list[Row]:
-    kinds = ("server", "empty frame")
-    seconds, resident, proportional = ({kind: [] for kind in kinds} for _ in range(3))
     with Station(1, bench.program("tools")) as station:
-        commands = {
-            "server": [bench.server],
-            "empty frame": [bench.program("EmptyFrame"), station.address, str(STATUS_PORT)],
-        }
-        for turn in range(bench.times(25, 5) + 1):
-            for kind in kinds:
-                with Program(commands[kind], station.environment()) as program:
-                    up = program.wait_for_port(station.address, STATUS_PORT)
-                    if turn == 0:
-                        continue  # reads the files into the system's cache
-                    seconds[kind].append(1000 * up)
-                    if turn > 5:
-                        continue
-                    time.sleep(SETTLE_SECONDS)
-                    resident[kind].append(program.resident() / MEGABYTE)
-                    proportional[kind].append(program.proportional() / MEGABYTE)
+        frame = [bench.program("EmptyFrame"), station.address, str(STATUS_PORT)]
+        kinds = {"server": [bench.server], "titled": [*frame, "titled"], "untitled": [*frame, "untitled"]}
+        for command in kinds.values():
+            _start(station, command)  # brings the files into the system's cache
+        seconds = {kind: [] for kind in kinds}
+        for _ in range(bench.times(25, 5)):
+            for kind, command in kinds.items():
+                seconds[kind].append(_start(station, command))
+        memory = {kind: [] for kind in ("server", "titled")}
+        for _ in range(bench.times(5, 2)):
+            for kind, sizes in memory.items():
+                sizes.append(_memory(station, kinds[kind]))
+    resident, proportional = ([[size[part] for size in sizes] for sizes in memory.values()] for part in (0, 1))
     return [
-        ratio_row("start to the first feed listening", "ms", *seconds.values(), REACH_TIME),
-        ratio_row("resident memory after the start", "MB", *resident.values(), REACH_MEMORY),
-        ratio_row("the same, shared pages by their part", "MB", *proportional.values(), None),
+        ratio_row("start to the first feed listening", "ms", seconds["server"], seconds["titled"], REACH_TIME),
+        ratio_row("the same, beside a frame without any text", "ms", seconds["server"], seconds["untitled"], None),
+        ratio_row("resident memory after the start", "MB", *resident, REACH_MEMORY),
+        ratio_row("the same, shared pages by their part", "MB", *proportional, None),
     ]
+
+
+def _start(station: Station, command: list) -> float:
+    """Milliseconds from the program's start until its port takes a connection."""
+    with Program(command, station.environment()) as program:
+        return 1000 * program.wait_for_port(station.address, STATUS_PORT)
+
+
+def _memory(station: Station, command: list) -> tuple[float, float]:
+    """Megabytes in memory once it is up: all that is resident, and with what it shares divided among those who share it."""
+    with Program(command, station.environment()) as program:
+        program.wait_for_port(station.address, STATUS_PORT)
+        time.sleep(SETTLE_SECONDS)
+        return program.resident() / MEGABYTE, program.proportional() / MEGABYTE

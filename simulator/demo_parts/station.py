@@ -14,6 +14,7 @@ MARK = ".vorda-demo"
 BAUD = 115200
 DISCARD_SIZE = 70
 STATUS_PORT = 6960
+NEWS_DRIVE = "N"
 EXPIRED_DAYS = 20
 FRESH_DAYS = 5
 
@@ -121,7 +122,9 @@ def write_settings(folder: Path, feeds: list[Feed], address: str) -> Path:
         directory.mkdir()
     ports = {f"Com{feed.number}": feed.link for feed in feeds}
     ports |= {f"Com{len(feeds) + feed.number}": feed.bounce_link for feed in feeds}
-    _write_ini(home / "platform.ini", {"SerialPorts": ports, "StatusPort": {"Address": address}})
+    # A drive letter, as stations write their paths: what the windows show is the same wherever the demo runs.
+    settings = {"SerialPorts": ports, "Drives": {NEWS_DRIVE: folder}, "StatusPort": {"Address": address}}
+    _write_ini(home / "platform.ini", settings)
     _write_ini(home / "vdServer.INI", {f"WireFeed{feed.number}": _server_keys(feed, len(feeds)) for feed in feeds})
     for feed in feeds:
         feed.news.mkdir()
@@ -132,7 +135,7 @@ def write_settings(folder: Path, feeds: list[Feed], address: str) -> Path:
 
 def _server_keys(feed: Feed, feeds: int) -> dict[str, object]:
     return {
-        "NewsPath": feed.news,
+        "NewsPath": f"{NEWS_DRIVE}:\\{feed.news.name}",
         "ConfigFile": "vorda.ini",
         "CapturePort": feed.number,
         "BouncePort": feeds + feed.number if feed.bounced else 0,

@@ -34,8 +34,7 @@ class ActiveChild {
   void Show(QMdiSubWindow* window, ChildForm* form) {
     changing_ = true;
     window->isMinimized() ? window->showNormal() : window->show();
-    if (area_ != nullptr) area_->setActiveSubWindow(window);
-    active_ = form;
+    MakeActive(window, form);
     changing_ = false;
   }
 
@@ -59,10 +58,18 @@ class ActiveChild {
       const auto form = forms_.find(*window);
       if (form == forms_.end() || !(*window)->isVisible()) continue;
       ChildForm* next = form->second;
-      Show(*window, next);
+      // A minimised one stays minimised.
+      changing_ = true;
+      MakeActive(*window, next);
+      changing_ = false;
       next->OnActivate();
       return;
     }
+  }
+
+  void MakeActive(QMdiSubWindow* window, ChildForm* form) {
+    if (area_ != nullptr) area_->setActiveSubWindow(window);
+    active_ = form;
   }
 
   QPointer<QMdiArea> area_;

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPointer>
 
 #include <cstdio>
 #include <set>
@@ -92,7 +93,9 @@ BoxAnswer ShowBox(const BoxRequest& request) {
     if (told.size() < 1000 && told.insert(request.text).second) WriteToStandardError(request.text);
     return platform::RefusalOf(request.buttons);
   }
-  QMessageBox box(QApplication::activeWindow());
+  // A window may go while its box is open and takes the box along, which then counts as refused.
+  const QPointer<QMessageBox> window = new QMessageBox(QApplication::activeWindow());
+  QMessageBox& box = *window;
   box.setObjectName(QStringLiteral("messageBox"));
   box.setWindowTitle(platform::ToUnicode(request.title.empty() ? platform::kProgramTitle : request.title));
   box.setTextFormat(Qt::PlainText);
@@ -104,11 +107,15 @@ BoxAnswer ShowBox(const BoxRequest& request) {
   ++open;
   const int pressed = box.exec();
   --open;
+  delete window.data();
   return AnswerOf(pressed, request.buttons);
 }
 
+// No rather than Cancel where a box has both: a question of the start-up goes on with No and ends the program
+// with Cancel.
 BoxAnswer AnswerUnattended(const BoxRequest& request) {
   WriteToStandardError(request.text);
+  if (request.buttons == BoxButtons::YesNoCancel) return BoxAnswer::No;
   return platform::RefusalOf(request.buttons);
 }
 

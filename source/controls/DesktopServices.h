@@ -12,8 +12,8 @@ inline constexpr int kMostBoxes = 32;
 // Whether an operator answers.
 enum class Operator {
   Present,  // boxes wait for an answer
-  Absent,   // no display: each box goes to standard error and is answered at once, Cancel where Retry is
-           // offered, otherwise OK or the refusal; pickers are cancelled
+  Absent,   // no display: each box goes to standard error and is answered at once: OK, Cancel where Retry is
+            // offered, No; pickers are cancelled
 };
 
 // Installs the desktop's boxes, folder picker, pointer and beep. Needs the application object.

@@ -60,7 +60,7 @@ class TerminalView : public QAbstractScrollArea {
   std::string_view ShownText() const { return shown_; }
   // The selected bytes; empty where the caret is when nothing is selected.
   TerminalRange Selection() const;
-  // Where the selection was drawn to; the end of the text when nothing is selected.
+  // Where the selection was drawn to or the last click was; after an arrival the end of the text.
   std::size_t CaretPosition() const { return cursor_; }
   void Select(std::size_t anchor, std::size_t cursor);
   // The cell of a byte, and the byte whose cell is at a point, in the viewport's pixels.

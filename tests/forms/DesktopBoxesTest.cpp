@@ -99,7 +99,8 @@ TEST_F(DesktopBoxes, TabReachesTheOtherButton) {
 
 TEST_F(DesktopBoxes, CloseBoxOfTheBoxRefuses) {
   human.Then([](QMessageBox& box) { box.close(); });
-  EXPECT_EQ(ShowMessageBox({"Text", BoxIcon::Question, BoxButtons::YesNo, "", BoxAnswer::Yes}), BoxAnswer::No);
+  EXPECT_EQ(ShowMessageBox({"Text", BoxIcon::Question, BoxButtons::YesNo, "", BoxAnswer::Yes}),
+            BoxAnswer::No);
 }
 
 TEST_F(DesktopBoxes, BoxBehindABoxIsAnsweredForItself) {
@@ -136,7 +137,8 @@ TEST_F(DesktopBoxes, WindowThatGoesWhileItsBoxIsOpenRefusesTheBox) {
     WaitUntil([&] { return open.isNull(); }, 200);
     if (!open.isNull()) open->close();
   });
-  EXPECT_EQ(ShowMessageBox({"Text", BoxIcon::Question, BoxButtons::YesNo, "", BoxAnswer::Yes}), BoxAnswer::No);
+  EXPECT_EQ(ShowMessageBox({"Text", BoxIcon::Question, BoxButtons::YesNo, "", BoxAnswer::Yes}),
+            BoxAnswer::No);
 }
 
 // Raises boxes, each behind the one before it, and answers them all once they stand.

@@ -117,9 +117,9 @@ TEST_P(FeedLayoutAtSize, ControlsFollowTheClientArea) {
 INSTANTIATE_TEST_SUITE_P(Sizes, FeedLayoutAtSize,
                          ::testing::Values(QSize(200, 300), QSize(201, 301), QSize(400, 436), QSize(333, 257),
                                            QSize(1600, 1200)),
-                         [](const auto& info) {
-                           return std::to_string(info.param.width()) + "x" +
-                                  std::to_string(info.param.height());
+                         [](const auto& test) {
+                           return std::to_string(test.param.width()) + "x" +
+                                  std::to_string(test.param.height());
                          });
 
 TEST_F(FeedLayout, NarrowerThanThreeThousandTwipsSpringsBack) {

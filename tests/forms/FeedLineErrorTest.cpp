@@ -47,14 +47,14 @@ INSTANTIATE_TEST_SUITE_P(
                       ErrorCase{1006, "Overrun Error"}, ErrorCase{1007, "Carrier Detect Timeout"},
                       ErrorCase{1008, "Receive Buffer Overflow"}, ErrorCase{1009, "Parity Error"},
                       ErrorCase{1010, "Transmit Buffer Full"}, ErrorCase{1011, "Error retrieving DCB"}),
-    [](const auto& info) { return "Event" + std::to_string(info.param.event); });
+    [](const auto& test) { return "Event" + std::to_string(test.param.event); });
 
 INSTANTIATE_TEST_SUITE_P(
     NotInTheTable, FeedLineErrorWords,
     ::testing::Values(ErrorCase{0, "Unknown error or event"}, ErrorCase{8, "Unknown error or event"},
                       ErrorCase{1000, "Unknown error or event"}, ErrorCase{1005, "Unknown error or event"},
                       ErrorCase{1012, "Unknown error or event"}, ErrorCase{32767, "Unknown error or event"}),
-    [](const auto& info) { return "Event" + std::to_string(info.param.event); });
+    [](const auto& test) { return "Event" + std::to_string(test.param.event); });
 
 TEST_F(FeedLineError, LineChangesLeaveNoTrace) {
   for (const std::int16_t event : {1, 3, 4, 5, 6, 7}) Port(1)->RaiseEvent(event);

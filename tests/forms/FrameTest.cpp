@@ -13,8 +13,9 @@
 #include "platform/ScopedVariable.h"
 #include "shell/frmHistory.h"
 #include "shell/frmSplash.h"
+#include "shell/frmVordaServer.h"
 #include "support/FeedWindows.h"
-#include "support/RunServer.h"
+#include "support/Scenario.h"
 
 namespace vorda::test {
 namespace {
@@ -48,10 +49,19 @@ class Frame : public FeedWindows {
     frmHistory& history = frmHistory::Default();
     EXPECT_EQ(history.Left(), 30);
     EXPECT_EQ(history.Top(), Server().ClientHeight() - history.Height() - 60);
-    EXPECT_EQ(history.Width(), controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2)));
+    EXPECT_EQ(history.Width(),
+              controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2)));
   }
-  void ExpectHolds(const std::function<void()>& scenario) {
-    EXPECT_EXIT(RunServer(scenario), ::testing::ExitedWithCode(kScenarioHeld), "");
+  // `scenario` holds in the event loop of a process of its own.
+  static void ExpectHolds(const std::function<void()>& scenario) {
+    EXPECT_EXIT(RunInEventLoop(scenario), ::testing::ExitedWithCode(kScenarioHeld), "");
+  }
+  // The same behind the start-up.
+  static void ExpectHoldsOnceStarted(const std::function<void()>& scenario) {
+    ExpectHolds([&scenario] {
+      Server().Load();
+      scenario();
+    });
   }
 
   TempDirectory home;
@@ -59,30 +69,32 @@ class Frame : public FeedWindows {
   FakeFolderPicker picker;
 };
 
+// Seen from behind the warning of feed 1, in the middle of the start-up, and at its end.
 TEST_F(Frame, SplashStandsFirstAndIsGoneAtTheEnd) {
-  // Seen from behind the warning of feed 1, in the middle of the start-up.
   WriteIni({1});
-  std::filesystem::remove(directory / "news1/vorda.ini");
-  boxes.Expect("Warning : No Vorda information was found in the specifed news directory: " + (directory / "news1/vorda.ini"),
-               platform::BoxAnswer::Ok, [] {
-                 EXPECT_TRUE(frmSplash::Default().Visible());
-                 EXPECT_TRUE(Server().Visible());
-                 EXPECT_TRUE(frmHistory::Default().Visible());
-                 EXPECT_EQ(gDefaultWaveFormat.nSamplesPerSec, 44100);
-                 EXPECT_EQ(gDefaultWaveFormat.wFormatTag, 1);
-                 EXPECT_EQ(gDefaultWaveFormat.nChannels, 1);
-                 EXPECT_EQ(gDefaultWaveFormat.wBitsPerSample, 16);
-                 EXPECT_EQ(gDefaultWaveFormat.nAvgBytesPerSec, 0);
-                 EXPECT_EQ(gDefaultWaveFormat.nBlockAlign, 0);
-               });
-  EXPECT_EXIT(RunServer([] {
-                EXPECT_FALSE(frmSplash::Default().Loaded());
-                EXPECT_TRUE(Server().Visible());
-                EXPECT_EQ(Server().Text(), "Halvorn Vorda Server");
-                EXPECT_EQ(FeedForm(1).Text(), "Wire Feed Capture");
-              }),
-              ::testing::ExitedWithCode(kScenarioHeld), "");
-  boxes.Forget();
+  const std::string missing = directory / "news1/vorda.ini";
+  std::filesystem::remove(missing);
+  ExpectHolds([&, seen = false]() mutable {
+    boxes.Expect("Warning : No Vorda information was found in the specifed news directory: " + missing,
+                 platform::BoxAnswer::Ok, [&seen] {
+                   seen = true;
+                   EXPECT_TRUE(frmSplash::Default().Visible());
+                   EXPECT_TRUE(Server().Visible());
+                   EXPECT_TRUE(frmHistory::Default().Visible());
+                   EXPECT_EQ(gDefaultWaveFormat.wFormatTag, 1);
+                   EXPECT_EQ(gDefaultWaveFormat.nChannels, 1);
+                   EXPECT_EQ(gDefaultWaveFormat.nSamplesPerSec, 44100);
+                   EXPECT_EQ(gDefaultWaveFormat.wBitsPerSample, 16);
+                   EXPECT_EQ(gDefaultWaveFormat.nAvgBytesPerSec, 0);
+                   EXPECT_EQ(gDefaultWaveFormat.nBlockAlign, 0);
+                 });
+    Server().Load();
+    EXPECT_TRUE(seen);
+    EXPECT_FALSE(frmSplash::Default().Loaded());
+    EXPECT_TRUE(Server().Visible());
+    EXPECT_EQ(Server().Text(), "Halvorn Vorda Server");
+    EXPECT_EQ(FeedForm(1).Text(), "Wire Feed Capture");
+  });
 }
 
 TEST_F(Frame, SplashStandsAloneWhenTheCommandLineIsWrong) {
@@ -95,12 +107,12 @@ TEST_F(Frame, SplashStandsAloneWhenTheCommandLineIsWrong) {
     EndScenario();
     return platform::BoxAnswer::Ok;
   });
-  ExpectHolds([] {});
+  ExpectHolds([] { Server().Load(); });
 }
 
 TEST_F(Frame, MenusInTheirOrderAndNoneEmpty) {
   WriteIni({1});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     QStringList titles;
     for (const QAction* action : MainWindow()->menuBar()->actions()) titles << action->text();
     EXPECT_EQ(titles.join(' ').toStdString(), "&File &Window");
@@ -114,7 +126,7 @@ TEST_F(Frame, MenusInTheirOrderAndNoneEmpty) {
 
 TEST_F(Frame, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
   WriteIni({1, 2});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     QList<QAction*> entries = WindowMenu()->actions();
     ASSERT_EQ(entries.size(), 3);
     EXPECT_EQ(entries[0]->text().toStdString(), "&1 History:");
@@ -134,7 +146,7 @@ TEST_F(Frame, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
 
 TEST_F(Frame, WindowMenuBringsAMinimizedChildBack) {
   WriteIni({1, 2});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     ChildWindowOf(FeedForm(1).lblConfigFile())->showMinimized();
     WindowMenu()->actions().at(1)->trigger();
     EXPECT_FALSE(FeedForm(1).Minimized());
@@ -144,7 +156,7 @@ TEST_F(Frame, WindowMenuBringsAMinimizedChildBack) {
 
 TEST_F(Frame, WindowMenuForgetsAClosedChild) {
   WriteIni({1, 2});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     ChildWindowOf(FeedForm(1).lblConfigFile())->close();
     const QList<QAction*> entries = WindowMenu()->actions();
     ASSERT_EQ(entries.size(), 2);
@@ -154,7 +166,7 @@ TEST_F(Frame, WindowMenuForgetsAClosedChild) {
 
 TEST_F(Frame, HistoryLiesAlongTheFootAndFollowsTheFrame) {
   WriteIni({1});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     ExpectHistoryInPlace();
     const double height = frmHistory::Default().Height();
     const double feedTop = FeedForm(1).Top();
@@ -172,7 +184,7 @@ TEST_F(Frame, HistoryLiesAlongTheFootAndFollowsTheFrame) {
 
 TEST_F(Frame, FeedWindowsStandAboveTheHistory) {
   WriteIni({1, 3});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     const double width = controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2));
     EXPECT_EQ(FeedForm(1).Left(), 0);
     EXPECT_EQ(FeedForm(1).Top(), 30);
@@ -184,7 +196,7 @@ TEST_F(Frame, FeedWindowsStandAboveTheHistory) {
 
 TEST_F(Frame, MinimizedFrameLeavesTheHistoryWhereItIs) {
   WriteIni({1});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     frmHistory& history = frmHistory::Default();
     const double top = history.Top();
     const double width = history.Width();
@@ -198,7 +210,7 @@ TEST_F(Frame, MinimizedFrameLeavesTheHistoryWhereItIs) {
 
 TEST_F(Frame, OperatorCanNotCloseTheHistoryInTheFrame) {
   WriteIni({1});
-  ExpectHolds([] {
+  ExpectHoldsOnceStarted([] {
     ChildWindowOf(frmHistory::Default().Control<QWidget>("Picture1"))->close();
     EXPECT_TRUE(frmHistory::Default().Visible());
   });

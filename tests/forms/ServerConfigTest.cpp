@@ -73,7 +73,8 @@ TEST_F(ServerConfig, FeedConfigurationFileMayHaveAnotherName) {
 }
 
 TEST_F(ServerConfig, UnconfiguredFeedKeepsZeroInItsKeysAndHasNoForm) {
-  WriteIni(Section(1) + "[WireFeed2]\r\nCapturePort=2\r\nBouncePort=3\r\nSoundCard=4\r\nNoIndexProcessing=1\r\n");
+  WriteIni(Section(1) +
+           "[WireFeed2]\r\nCapturePort=2\r\nBouncePort=3\r\nSoundCard=4\r\nNoIndexProcessing=1\r\n");
   EXPECT_EQ(ReadServerConfig(), 0);
   EXPECT_EQ(Record(2).CapturePort, 0);
   EXPECT_EQ(Record(2).BouncePort, 0);
@@ -117,12 +118,13 @@ TEST_F(ServerConfig, BlankWindowTakesItsPlaceInTheRow) {
 
 TEST_F(ServerConfig, FeedRunsBeforeTheNextOneIsRead) {
   WriteIni(Section(1, "CapturePort=9\r\n") + Section(2));
-  boxes.Expect("Couldn't open port 9 for data capture, error : Device unavailable", platform::BoxAnswer::Ok, [] {
-    EXPECT_EQ(Record(1).Name, "Wire 1");
-    EXPECT_EQ(Record(2).NewsPath, "");
-    EXPECT_EQ(gFeedForms[1], nullptr);
-    EXPECT_EQ(gFeedFormCount, 0);
-  });
+  boxes.Expect("Couldn't open port 9 for data capture, error : Device unavailable", platform::BoxAnswer::Ok,
+               [] {
+                 EXPECT_EQ(Record(1).Name, "Wire 1");
+                 EXPECT_EQ(Record(2).NewsPath, "");
+                 EXPECT_EQ(gFeedForms[1], nullptr);
+                 EXPECT_EQ(gFeedFormCount, 0);
+               });
   EXPECT_EQ(ReadServerConfig(), 0);
 }
 
@@ -141,7 +143,8 @@ TEST_F(ServerConfig, NumberTooLargeForAKeyStopsTheProgram) {
       std::fputs(request.icon == BoxIcon::Critical ? request.text.c_str() : "another icon", stderr);
       return platform::BoxAnswer::Ok;
     });
-    EXPECT_EXIT(ReadServerConfig(), ::testing::ExitedWithCode(1), "^Run-time error '6':\n\nOverflow$") << line;
+    EXPECT_EXIT(ReadServerConfig(), ::testing::ExitedWithCode(1), "^Run-time error '6':\n\nOverflow$")
+        << line;
   };
   stopsWith("SoundCard=32768");
   stopsWith("CapturePort=-32769");

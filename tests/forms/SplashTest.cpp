@@ -78,8 +78,8 @@ TEST(SplashPlatform, NamesOfVersions) {
       {{0, 5, 0}, ""},
   };
   for (const auto& [version, name] : names)
-    EXPECT_EQ(PlatformName(version), name) << version.platformId << " " << version.majorVersion << "."
-                                           << version.minorVersion;
+    EXPECT_EQ(PlatformName(version), name)
+        << version.platformId << " " << version.majorVersion << "." << version.minorVersion;
 }
 
 TEST_F(Splash, OwnLogoBesideTheProgramIsLoaded) {

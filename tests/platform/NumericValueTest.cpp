@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -63,14 +62,6 @@ TEST(NumericValueTest, TooLargeIsInfinityAndTooSmallIsZero) {
   EXPECT_EQ(NumericValue("0." + std::string(400, '0') + "1"), 0.0);
   EXPECT_EQ(NumericValue("0e999"), 0.0);
   EXPECT_EQ(NumericValue("0." + std::string(400, '0') + "1e401"), 1.0);
-}
-
-TEST(NumericValueTest, TheLocaleDoesNotMatter) {
-  const std::string before = std::setlocale(LC_ALL, nullptr);
-  const bool comma = std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr;
-  EXPECT_EQ(NumericValue("2.5"), 2.5);
-  EXPECT_EQ(NumericValue("2,5"), 2.0);
-  if (comma) std::setlocale(LC_ALL, before.c_str());
 }
 
 TEST(NumericValueTest, IntegersRoundHalfToEven) {

@@ -22,26 +22,25 @@ WireFeedRecord* FeedOfTag(std::string_view tag) {
 
 namespace {
 
-void ReadTextData(WireFeedRecord& feed) {
-  for (const FeedKey& key : TextDataKeys()) ReadFeedKey(key, feed.FullConfigFile, feed);
+void ReadTextData(WireFeedRecord& feed, const std::string& file) {
+  for (const FeedKey& key : TextDataKeys()) ReadFeedKey(key, file, feed);
   for (std::size_t i = 0; i < feed.RemoveChar.size(); ++i) {
     const std::string name = "RemoveChar" + std::to_string(i + 1);
-    feed.RemoveChar[i] = platform::ReadProfileShort("TextData", name, 0, feed.FullConfigFile);
+    feed.RemoveChar[i] = platform::ReadProfileShort("TextData", name, 0, file);
   }
 }
 
-void ReadAudioCapture(WireFeedRecord& feed) {
-  for (const FeedKey& key : AudioCaptureKeys()) ReadFeedKey(key, feed.FullConfigFile, feed);
+void ReadAudioCapture(WireFeedRecord& feed, const std::string& file) {
+  for (const FeedKey& key : AudioCaptureKeys()) ReadFeedKey(key, file, feed);
   const auto beforeFirst = static_cast<std::int32_t>(std::int64_t{feed.StartCartNumber} - 1);
-  feed.LastRecordedCartNumber = platform::ReadProfileInteger("AudioCapture", "LastRecordedCartNumber",
-                                                             beforeFirst, feed.FullConfigFile);
+  feed.LastRecordedCartNumber =
+      platform::ReadProfileInteger("AudioCapture", "LastRecordedCartNumber", beforeFirst, file);
 }
 
 // The codec manager fills in what follows from tag, channels and rate. When it can't, the record keeps what
 // the file says.
-void ReadRecordFormat(WireFeedRecord& feed) {
+void ReadRecordFormat(WireFeedRecord& feed, const std::string& file) {
   platform::WaveFormat& format = feed.RecordFormat;
-  const std::string& file = feed.FullConfigFile;
   format.nChannels = platform::ReadProfileShort("RecordAudioFormat", "Channels", 1, file);
   format.nSamplesPerSec = platform::ReadProfileInteger("RecordAudioFormat", "SampleRate", 44100, file);
   format.wFormatTag = platform::ReadProfileShort("RecordAudioFormat", "Format", 1, file);
@@ -65,8 +64,9 @@ void ReadRecordFormat(WireFeedRecord& feed) {
 
 std::string ReadFeedConfig(std::int16_t feedNumber, const std::string& configFile, bool loadAnyway) {
   if (configFile.empty() || feedNumber < 1 || feedNumber > kFeedCount) return {};
-  std::string result = platform::Trim(configFile);
-  if (!(FileSize(result) > 0)) {
+  const std::string file = platform::Trim(configFile);
+  std::string result = file;
+  if (!(FileSize(file) > 0)) {
     platform::ShowMessageBox(
         "Warning : No Vorda information was found in the specifed news directory: " + configFile,
         platform::BoxIcon::Critical);
@@ -79,10 +79,10 @@ std::string ReadFeedConfig(std::int16_t feedNumber, const std::string& configFil
   feed.ConfigFile = FileNamePart(configFile);
   feed.FullConfigFile = configFile;
   ReadFeedLists(feedNumber);
-  ReadTextData(feed);
-  ReadAudioCapture(feed);
-  ReadRecordFormat(feed);
-  for (const FeedKey& key : StoryDelimiterKeys()) ReadFeedKey(key, feed.FullConfigFile, feed);
+  ReadTextData(feed, file);
+  ReadAudioCapture(feed, file);
+  ReadRecordFormat(feed, file);
+  for (const FeedKey& key : StoryDelimiterKeys()) ReadFeedKey(key, file, feed);
   platform::SetPointer(platform::Pointer::Default);
   return result;
 }

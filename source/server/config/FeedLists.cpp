@@ -7,6 +7,7 @@
 #include "platform/NumericValue.h"
 #include "platform/ProfileFile.h"
 #include "platform/RunTimeError.h"
+#include "platform/Text.h"
 
 namespace vorda {
 
@@ -22,8 +23,7 @@ void ReadUnlessEmpty(std::string& target, std::string_view section, const std::s
   if (!value.empty()) target = std::move(value);
 }
 
-void ReadCategories(WireFeedRecord& feed) {
-  const std::string& file = feed.FullConfigFile;
+void ReadCategories(WireFeedRecord& feed, const std::string& file) {
   for (std::size_t n = 1; n < feed.Categories.size(); ++n) {
     const std::string number = std::to_string(n);
     ReadUnlessEmpty(feed.Categories[n].Name, "Categories", "Name" + number, "", file);
@@ -36,8 +36,7 @@ void ReadCategories(WireFeedRecord& feed) {
   feed.Categories[0].Name = "All Stories";
 }
 
-void ReadPriorities(WireFeedRecord& feed) {
-  const std::string& file = feed.FullConfigFile;
+void ReadPriorities(WireFeedRecord& feed, const std::string& file) {
   for (std::size_t i = 0; i < feed.Priorities.size(); ++i) {
     const std::string number = std::to_string(i + 1);
     ReadUnlessEmpty(feed.Priorities[i].Name, "Priorities", "Name" + number, "", file);
@@ -50,8 +49,7 @@ void ReadPriorities(WireFeedRecord& feed) {
   }
 }
 
-void ReadBulletins(WireFeedRecord& feed) {
-  const std::string& file = feed.FullConfigFile;
+void ReadBulletins(WireFeedRecord& feed, const std::string& file) {
   for (std::size_t i = 0; i < feed.BulletinTypes.size(); ++i) {
     const std::string key = std::string("Type ") + static_cast<char>('A' + i);
     ReadUnlessEmpty(feed.BulletinTypes[i], "Bulletin", key, i < kNamedByDefault ? key : "", file);
@@ -68,10 +66,12 @@ void ReadBulletins(WireFeedRecord& feed) {
 void ReadFeedLists(std::int16_t feedNumber) {
   if (feedNumber < 1 || feedNumber > kFeedCount) return;
   WireFeedRecord& feed = gWireFeeds[static_cast<std::size_t>(feedNumber - 1)];
-  ReadCategories(feed);
-  ReadPriorities(feed);
-  ReadBulletins(feed);
-  feed.Name = platform::ReadProfileString("General", "Name", "", feed.FullConfigFile);
+  // The record keeps the blanks that stand round a path; the file has none.
+  const std::string file = platform::Trim(feed.FullConfigFile);
+  ReadCategories(feed, file);
+  ReadPriorities(feed, file);
+  ReadBulletins(feed, file);
+  feed.Name = platform::ReadProfileString("General", "Name", "", file);
 }
 
 }  // namespace vorda

@@ -65,10 +65,10 @@ std::string FileExtension(std::string_view path) {
 
 std::string GetToken(std::string_view text, std::int32_t& position, char delimiter,
                      std::int32_t& endPosition) {
-  endPosition = 0;
   position = std::max(position, 1);
   const std::size_t first = text.find_first_not_of(' ', static_cast<std::size_t>(position - 1));
   if (first == std::string_view::npos) return {};
+  endPosition = 0;
   const std::size_t end = text.find(delimiter, first);
   if (end == std::string_view::npos) return platform::Trim(text.substr(first));
   endPosition = static_cast<std::int32_t>(end + 1);

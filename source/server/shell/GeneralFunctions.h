@@ -35,7 +35,7 @@ std::string FileExtension(std::string_view path);
 
 // The next token of the text, trimmed. `position` counts from 1 and is raised to 1 when below. Blanks from
 // there on are skipped; the token ends ahead of `delimiter`, whose position goes to `endPosition`, or at the
-// text's end, which leaves `endPosition` at 0. "" when nothing but blanks is left.
+// text's end, which sets `endPosition` to 0. "" when nothing but blanks is left; `endPosition` then stays.
 std::string GetToken(std::string_view text, std::int32_t& position, char delimiter,
                      std::int32_t& endPosition);
 

@@ -1,4 +1,4 @@
-// The server's start-up and end inside a test, in a process of its own: for use in EXPECT_EXIT.
+// A scenario that may end the program, for EXPECT_EXIT.
 
 #pragma once
 
@@ -12,11 +12,9 @@
 #include <cstdlib>
 #include <functional>
 
-#include "shell/frmVordaServer.h"
-
 namespace vorda::test {
 
-// What the process ends with when the server itself didn't end it.
+// What the process ends with when the scenario came to its end.
 enum ScenarioEnd : int { kScenarioHeld = 90, kScenarioFailed = 91 };
 
 [[noreturn]] inline void EndScenario() {
@@ -29,11 +27,10 @@ inline void EndIfFailed() {
   if (::testing::Test::HasFailure()) EndScenario();
 }
 
-// Loads the frame as the program does, from inside the event loop, then runs `then`. Ends the process.
-[[noreturn]] inline void RunServer(const std::function<void()>& then = [] {}) {
-  QTimer::singleShot(0, [&then] {
-    frmVordaServer::Default().Load();
-    then();
+// Runs `scenario` in the event loop, as the program runs its start-up, and ends the process.
+[[noreturn]] inline void RunInEventLoop(const std::function<void()>& scenario) {
+  QTimer::singleShot(0, [&scenario] {
+    scenario();
     EndScenario();
   });
   QApplication::exec();

@@ -1,0 +1,124 @@
+// What holds for every window: names, what a screen reader says, the keyboard's way, and room for every text.
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLabel>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "controls/TerminalView.h"
+#include "shell/frmHistory.h"
+#include "shell/frmSplash.h"
+#include "support/FeedWindows.h"
+
+namespace vorda::test {
+namespace {
+
+struct FormCase {
+  const char* name;
+  const char* control;  // one that it has
+  controls::Form& (*form)();
+};
+
+const FormCase kForms[] = {
+    {"frmWireFeed", "lblConfigFile", []() -> controls::Form& { return FeedForm(1); }},
+    {"frmHistory", "Picture1", []() -> controls::Form& { return frmHistory::Default(); }},
+    {"frmSplash", "cmdOK", []() -> controls::Form& { return frmSplash::Default(); }},
+};
+
+class EveryForm : public FeedWindows, public ::testing::WithParamInterface<FormCase> {
+ protected:
+  EveryForm() {
+    if (std::string_view(GetParam().name) == "frmWireFeed") Start(1);
+    Form().Show();
+    RunPendingEvents();
+  }
+  ~EveryForm() override { Form().Unload(); }
+
+  static controls::Form& Form() { return GetParam().form(); }
+  // The form's own controls, from its client area down; not the toolkit's inner parts.
+  std::vector<QWidget*> Controls() {
+    std::vector<QWidget*> named;
+    for (QWidget* widget : Client()->findChildren<QWidget*>())
+      if (!widget->objectName().isEmpty() && !widget->objectName().startsWith(QStringLiteral("qt_")))
+        named.push_back(widget);
+    return named;
+  }
+  QWidget* Client() {
+    auto* widget = Form().Control<QWidget>(GetParam().control);
+    while (widget->parentWidget() != nullptr && !widget->parentWidget()->isWindow() &&
+           qobject_cast<QMdiSubWindow*>(widget->parentWidget()) == nullptr)
+      widget = widget->parentWidget();
+    QWidget* above = widget->parentWidget();
+    return qobject_cast<QMdiSubWindow*>(above) != nullptr ? widget : above;
+  }
+  static bool TakesTab(const QWidget* control) {
+    return control->isEnabled() && (control->focusPolicy() & Qt::TabFocus) != 0;
+  }
+};
+
+TEST_P(EveryForm, IsNamedAndSoAreItsControlsEachOnce) {
+  QWidget* host = Client();
+  if (auto* window = qobject_cast<QMdiSubWindow*>(host->parentWidget())) host = window;
+  EXPECT_EQ(host->objectName().toStdString(), GetParam().name);
+  std::set<QString> names;
+  for (const QWidget* control : Controls())
+    EXPECT_TRUE(names.insert(control->objectName()).second) << control->objectName().toStdString();
+  EXPECT_FALSE(names.empty());
+}
+
+TEST_P(EveryForm, EveryControlThatHoldsNoOthersHasSomethingToSay) {
+  for (const QWidget* control : Controls()) {
+    const bool container = !control->findChildren<QWidget*>().isEmpty() &&
+                           dynamic_cast<const controls::TerminalView*>(control) == nullptr;
+    const auto* label = qobject_cast<const QLabel*>(control);
+    if (container || (label != nullptr && label->pixmap().isNull())) continue;
+    EXPECT_FALSE(control->accessibleName().isEmpty()) << control->objectName().toStdString();
+  }
+}
+
+TEST_P(EveryForm, TabReachesEveryControlThatTakesIt) {
+  std::set<QString> wanted;
+  for (const QWidget* control : Controls())
+    if (TakesTab(control)) wanted.insert(control->objectName());
+  Client()->activateWindow();
+  Client()->setFocus();
+  std::set<QString> reached;
+  for (std::size_t i = 0; i <= 2 * wanted.size(); ++i) {
+    QWidget* focus = QApplication::focusWidget();
+    QTest::keyClick(focus != nullptr ? focus : Client()->window(), Qt::Key_Tab);
+    if (QApplication::focusWidget() != nullptr) reached.insert(QApplication::focusWidget()->objectName());
+  }
+  for (const QString& name : wanted) EXPECT_TRUE(reached.contains(name)) << name.toStdString();
+}
+
+TEST_P(EveryForm, NothingIsCutOffAtTheDefaultSize) {
+  for (const QWidget* control : Controls()) {
+    const std::string name = control->objectName().toStdString();
+    const QWidget* parent = control->parentWidget();
+    EXPECT_TRUE(parent->rect().contains(control->geometry())) << name << " reaches beyond its container";
+    const auto* label = qobject_cast<const QLabel*>(control);
+    const auto* button = qobject_cast<const QAbstractButton*>(control);
+    if (label != nullptr && !label->text().isEmpty() && name != "lblConfigFile") {
+      const int height =
+          label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
+      EXPECT_LE(height, label->height()) << name;
+      if (!label->wordWrap()) {
+        EXPECT_LE(label->sizeHint().width(), label->width()) << name;
+      }
+    }
+    if (button != nullptr) {
+      EXPECT_LE(button->fontMetrics().horizontalAdvance(button->text()) + 8, button->width()) << name;
+      EXPECT_LE(button->fontMetrics().height() + 4, button->height()) << name;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Forms, EveryForm, ::testing::ValuesIn(kForms),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace vorda::test

@@ -1,0 +1,144 @@
+// How the program ends, and with which exit code.
+
+#include <QAction>
+#include <QMainWindow>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "platform/RunTimeError.h"
+#include "platform/ScopedVariable.h"
+#include "shell/frmVordaServer.h"
+#include "support/FeedWindows.h"
+#include "support/Scenario.h"
+
+namespace vorda::test {
+namespace {
+
+class FrameEnd : public FeedWindows {
+ protected:
+  FrameEnd() { TakeCommandLine(0, nullptr); }
+  ~FrameEnd() override { gCommandLine.clear(); }
+
+  void WriteIni(const std::vector<int>& feeds) {
+    std::string text;
+    for (const int number : feeds) {
+      const std::string news = News(number);
+      std::filesystem::create_directory(news);
+      WriteWholeFile(news + "/vorda.ini", "[General]\r\nName=Wire\r\n");
+      text += "[WireFeed" + std::to_string(number) + "]\r\nNewsPath=" + news +
+              "\r\nCapturePort=" + std::to_string(number) + "\r\n";
+    }
+    WriteWholeFile(home / "vdServer.INI", text);
+  }
+  std::string News(int number) const { return directory / ("news" + std::to_string(number)); }
+
+  static frmVordaServer& Server() { return frmVordaServer::Default(); }
+  static QMainWindow* MainWindow() {
+    for (QWidget* window : QApplication::topLevelWidgets())
+      if (window->objectName() == QStringLiteral("frmVordaServer")) return qobject_cast<QMainWindow*>(window);
+    return nullptr;
+  }
+  static void ExpectEnd(int exitCode, const char* told, const std::function<void()>& scenario) {
+    EXPECT_EXIT(RunInEventLoop(scenario), ::testing::ExitedWithCode(exitCode), told);
+  }
+
+  TempDirectory home;
+  ScopedVariable variable{"VORDA_HOME", home.path().c_str()};
+  FakeFolderPicker picker;
+};
+
+TEST_F(FrameEnd, CloseBoxEndsTheProgram) {
+  WriteIni({1});
+  ExpectEnd(0, "", [] {
+    Server().Load();
+    EndIfFailed();
+    MainWindow()->close();
+  });
+}
+
+TEST_F(FrameEnd, ExitEntryEndsTheProgram) {
+  WriteIni({1});
+  ExpectEnd(0, "", [] {
+    Server().Load();
+    EndIfFailed();
+    MainWindow()->findChild<QAction*>(QStringLiteral("mnuExit"))->trigger();
+  });
+}
+
+// Nothing behind the open box goes on.
+TEST_F(FrameEnd, EndsFromBehindABox) {
+  WriteIni({1});
+  ExpectEnd(0, "^$", [this] {
+    Server().Load();
+    boxes.Expect("Box", platform::BoxAnswer::Ok, [] { Server().Unload(); });
+    platform::ShowMessageBox("Box");
+    std::fputs("behind the box", stderr);
+  });
+}
+
+TEST_F(FrameEnd, OpenStoryIsClosedNotHandedOnAndStaysOnDisk) {
+  WriteIni({1});
+  ExpectEnd(0, "^$", [this] {
+    processes.atStart = [](const platform::ProcessStart&) { std::fputs("a tool was started", stderr); };
+    Server().Load();
+    ports->OpenOn(1)->Arrive("\x01half a story");
+    EXPECT_GT(Record(1).StoryFileHandle, 0);
+    EndIfFailed();
+    MainWindow()->close();
+  });
+  std::filesystem::path story;
+  for (const auto& entry : std::filesystem::directory_iterator(News(1)))
+    if (entry.path().extension() == ".RA1") story = entry.path();
+  EXPECT_EQ(ReadWholeFile(story.string()), "half a story");
+}
+
+TEST_F(FrameEnd, WrongCommandLineEndsWithTwoAfterTheTwoLineBox) {
+  WriteIni({1});
+  const char* const arguments[] = {"/P"};
+  TakeCommandLine(1, arguments);
+  ExpectEnd(
+      2, "^Invalid .INI file in command line\nCorrect form : vdserver\\[.exe\\] \\[IniFileName\\]$", [] {
+        platform::MessageBoxHook().Swap([](const platform::BoxRequest& request) {
+          std::fputs(request.icon == platform::BoxIcon::Critical ? request.text.c_str() : "another icon",
+                     stderr);
+          return platform::BoxAnswer::Ok;
+        });
+        Server().Load();
+      });
+}
+
+TEST_F(FrameEnd, NoNewsDirectoryForFeedOneEndsWithoutAnotherWord) {
+  ExpectEnd(0, "^$", [this] {
+    picker.Expect("Select Primary News Feed Directory", "");
+    Server().Load();
+  });
+}
+
+TEST_F(FrameEnd, FeedTwoAloneIsTakenDownWithTheProgram) {
+  WriteIni({2});
+  ExpectEnd(0, "^Wire$", [this] {
+    picker.Expect("Select Primary News Feed Directory", "");
+    ports->FailOpenWith(platform::kDeviceUnavailable, 2);
+    boxes.Expect("Couldn't open port 2 for data capture, error : Device unavailable", platform::BoxAnswer::Ok,
+                 [] { std::fputs(Record(2).Name.c_str(), stderr); });
+    Server().Load();
+  });
+}
+
+TEST_F(FrameEnd, ShutDownFeedsGoesBySlotsAndMakesTheMissingForm) {
+  WriteIni({1, 3});
+  ASSERT_EQ(ReadServerConfig(), 0);
+  ASSERT_EQ(gFeedFormCount, 2);
+  ASSERT_EQ(gFeedForms[1], nullptr);
+  ShutDownFeeds();
+  EXPECT_NE(gFeedForms[1], nullptr);
+  EXPECT_EQ(gFeedForms[3], nullptr);
+  EXPECT_EQ(gFeedFormCount, 2);
+  EXPECT_TRUE(FeedForm(1).Loaded());
+  EXPECT_TRUE(FeedForm(3).Loaded());
+}
+
+}  // namespace
+}  // namespace vorda::test

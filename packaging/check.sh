@@ -33,6 +33,11 @@ posix_outside_platform() { grep -rnE '#include <(unistd|fcntl|termios|spawn|puls
 sleeps() { grep -rnE 'sleep_for|usleep|QThread::m?sleep|qWait\(' tests | grep -v '^tests/station/'; }
 tests_that_prove_nothing() { grep -rnE 'GTEST_SKIP|DISABLED_|EXPECT_TRUE\(true\)|SUCCEED\(\)' tests; }
 python_that_does_not_parse() { git ls-files -co --exclude-standard '*.py' | xargs -r python3 -m py_compile; }
+oddities_without_test() {
+  grep -oE '`[A-Z][A-Za-z]+\.[A-Za-z0-9]+`' docs/kept-oddities.md | tr -d '`' | while IFS=. read -r suite name; do
+    grep -rqE "TEST(_F|_P)?\($suite, $name\)" tests || echo "$suite.$name"
+  done
+}
 static_checks() {
   cppcheck --quiet --std=c++20 --language=c++ --enable=warning,performance,portability --inline-suppr \
     --suppress=missingIncludeSystem --suppress=internalAstError -j "$(nproc)" -I source -I source/server \
@@ -50,6 +55,7 @@ ask "calls of the operating system belong into the platform layer" posix_outside
 ask "a test waits for a condition, never for time" sleeps
 ask "a test that is skipped or can't fail" tests_that_prove_nothing
 ask "Python that does not parse" python_that_does_not_parse
+ask "a kept oddity names a test that isn't there" oddities_without_test
 ask "cppcheck" static_checks
 
 [ $bad -eq 0 ] && echo "check: ${#sources[@]} files in order"

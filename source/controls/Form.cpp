@@ -64,8 +64,8 @@ void Form::Hide() {
 
 void Form::StandAbove(const Form& other) {
   if (!Loaded() || !other.Loaded()) return;
-  // The window system asks who belongs to whom when a window comes up, and only then: raising it loses against a window
-  // that is just coming up.
+  // The window system asks who belongs to whom when a window comes up, and only then: raising it loses
+  // against a window that is just coming up.
   host_->hide();
   if (QWindow* window = host_->windowHandle()) window->setTransientParent(other.host_->windowHandle());
   host_->show();

@@ -44,7 +44,7 @@ void FindOutVanishedClient(int descriptor) {
 
 class TcpControl : public SocketControl {
  public:
-  ~TcpControl() override { Close(); }
+  ~TcpControl() override { TcpControl::Close(); }
 
   void SetLocalPort(int port) override { port_ = port; }
   int LocalPort() const override { return port_; }

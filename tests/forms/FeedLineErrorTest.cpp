@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& test) { return "Event" + std::to_string(test.param.event); });
 
 TEST_F(FeedLineError, LineChangesLeaveNoTrace) {
-  for (const std::int16_t event : {1, 3, 4, 5, 6, 7}) Port(1)->RaiseEvent(event);
+  for (const std::int16_t event : std::vector<std::int16_t>{1, 3, 4, 5, 6, 7}) Port(1)->RaiseEvent(event);
   EXPECT_EQ(beeps, 0);
   EXPECT_EQ(gHistoryCount, 0);
   EXPECT_EQ(FeedForm(2).txtCapture()->Text(), "");

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 
 #include "shell/GeneralFunctions.h"
@@ -108,7 +109,8 @@ TEST(IsValidTextTest, EveryCharacterOfEveryKind) {
     EXPECT_EQ(IsValidText(text, 3), IsLetter(code) ? -1 : 0) << code;
     EXPECT_EQ(IsValidText(text, 4), IsDigit(code) || IsLetter(code) || code == 32 ? -1 : 0) << code;
     EXPECT_EQ(IsValidText(text, 5), IsDigit(code) || code == 32 ? -1 : 0) << code;
-    for (const std::int16_t other : {0, 6, -1, 100}) EXPECT_EQ(IsValidText(text, other), -1) << code;
+    for (const std::int16_t other : std::to_array<std::int16_t>({0, 6, -1, 100}))
+      EXPECT_EQ(IsValidText(text, other), -1) << code;
   }
 }
 

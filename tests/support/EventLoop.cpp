@@ -20,6 +20,8 @@ bool WaitUntil(const std::function<bool()>& condition, int milliseconds) {
   return true;
 }
 
-void RunPendingEvents() { QCoreApplication::processEvents(); }
+void RunPendingEvents() {
+  QCoreApplication::processEvents();
+}
 
 }  // namespace vorda::test

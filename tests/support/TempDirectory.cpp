@@ -20,7 +20,9 @@ TempDirectory::~TempDirectory() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-std::string TempDirectory::operator/(std::string_view name) const { return path_ + "/" + std::string(name); }
+std::string TempDirectory::operator/(std::string_view name) const {
+  return path_ + "/" + std::string(name);
+}
 
 std::string ReadWholeFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -34,7 +36,8 @@ void WriteWholeFile(const std::string& path, std::string_view bytes) {
 
 std::string JoinedNames(const std::string& directory) {
   std::set<std::string> names;
-  for (const auto& entry : std::filesystem::directory_iterator(directory)) names.insert(entry.path().filename().string());
+  for (const auto& entry : std::filesystem::directory_iterator(directory))
+    names.insert(entry.path().filename().string());
   std::string joined;
   for (const auto& name : names) joined += (joined.empty() ? "" : " ") + name;
   return joined;

@@ -70,7 +70,8 @@ def measure(bench: Bench, name_holds: str) -> tuple[list[Row], bool]:
 
 def main() -> int:
     parser = argparse.ArgumentParser(description="The benchmarks, each beside its baseline.")
-    parser.add_argument("filter", nargs="?", default="", help="only rows whose name holds this: " + ", ".join(m.NAME for m in MODULES))
+    names = ", ".join(module.NAME for module in MODULES)
+    parser.add_argument("filter", nargs="?", default="", help=f"only subjects whose name holds this: {names}")
     parser.add_argument("--build", type=Path, required=True, help="the folder of a release build")
     parser.add_argument("--json", type=Path, help="write all figures and samples to this file")
     parser.add_argument("--quick", action="store_true", help="few repetitions: shows that all runs; not for quoting")

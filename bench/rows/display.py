@@ -8,7 +8,7 @@ import time
 from pathlib import Path
 
 from .row import Bench, MeasureError, Row, difference_row
-from .station import STATUS_PORT, Program, Station
+from .station import Program, Station
 
 NAME = "display"
 REACH_POINTS = 3

@@ -52,7 +52,8 @@ class Row:
         verdict = {None: "", True: "reached", False: "MISSED"}[self.reached]
         reach = "" if self.reach is None else f"at most {self.reach:g} {self.value_unit}"
         baseline = "" if self.baseline is None else f"{_short(self.baseline)} {self.unit}"
-        return [self.name, f"{_short(self.figure)} {self.unit}", baseline, f"{_short(self.value)} {self.value_unit}", reach, verdict]
+        figure, compared = f"{_short(self.figure)} {self.unit}", f"{_short(self.value)} {self.value_unit}"
+        return [self.name, figure, baseline, compared, reach, verdict]
 
     def as_json(self) -> dict[str, object]:
         return {**self.__dict__, "reached": self.reached}

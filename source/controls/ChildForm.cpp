@@ -11,7 +11,7 @@ namespace vorda::controls {
 class ActiveChild {
  public:
   static ActiveChild& Instance() {
-    static ActiveChild instance;
+    static auto& instance = *new ActiveChild;  // outlives every form
     return instance;
   }
 
@@ -19,9 +19,12 @@ class ActiveChild {
     area_ = area;
     active_ = nullptr;
     if (area == nullptr) return;
+    // When a child goes, the area activates the next one below, not the next one made.
+    area->setActivationOrder(QMdiArea::StackingOrder);
     QObject::connect(area, &QMdiArea::subWindowActivated, area, [this](QMdiSubWindow* window) {
       const auto form = forms_.find(window);
-      if (form == forms_.end() || form->second == active_ || changing_) return;
+      // A child that is loaded and not shown yet is no active one, whatever the area makes of it.
+      if (form == forms_.end() || form->second == active_ || changing_ || window->isHidden()) return;
       active_ = form->second;
       active_->OnActivate();
     });

@@ -11,6 +11,7 @@
 
 #include "platform/Desktop.h"
 #include "platform/MessageBox.h"
+#include "platform/NativePath.h"
 #include "platform/ProgramVersion.h"
 #include "platform/Text.h"
 
@@ -123,9 +124,9 @@ BoxAnswer AnswerUnattended(const BoxRequest& request) {
 // again.
 std::string ShowFolderPicker(const platform::FolderRequest& request) {
   for (;;) {
-    const QString chosen =
-        QFileDialog::getExistingDirectory(QApplication::activeWindow(), platform::ToUnicode(request.title),
-                                          platform::ToUnicode(request.startFolder));
+    const QString chosen = QFileDialog::getExistingDirectory(
+        QApplication::activeWindow(), platform::ToUnicode(request.title),
+        QString::fromLocal8Bit(platform::NativePath(request.startFolder).c_str()));
     std::string folder = platform::FromUnicode(chosen);
     if (platform::ToUnicode(folder) == chosen) return folder;
     platform::ShowMessageBox("The name of this folder holds characters that Vorda Server can't store:\n" +

@@ -27,8 +27,11 @@ void Form::Load() {
 }
 
 void Form::Unload() {
-  if (!Loaded()) return;
+  // OnUnload may wait behind a box, where the operator could ask for the same once more.
+  if (!Loaded() || unloading_) return;
+  unloading_ = true;
   OnUnload();
+  unloading_ = false;
   QWidget* host = host_;
   host->removeEventFilter(this);
   client_->removeEventFilter(this);

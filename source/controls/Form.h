@@ -97,6 +97,7 @@ class Form : public QObject {
   QPointer<QWidget> host_;
   QPointer<QWidget> client_;
   std::string tag_;
+  bool unloading_ = false;
 };
 
 }  // namespace vorda::controls

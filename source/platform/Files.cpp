@@ -2,13 +2,16 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <map>
+#include <utility>
 
+#include "platform/Descriptor.h"
 #include "platform/FileFault.h"
 #include "platform/RunTimeError.h"
 
@@ -16,8 +19,8 @@ namespace vorda::platform {
 
 namespace {
 
-std::map<int, int>& OpenFiles() {
-  static std::map<int, int> files;  // file number to descriptor
+std::map<int, Descriptor>& OpenFiles() {
+  static std::map<int, Descriptor> files;  // by file number
   return files;
 }
 
@@ -25,14 +28,6 @@ int Failed(int systemError) {
   const int number = ErrorFromErrno(systemError);
   SetCurrentError(number);
   return number;
-}
-
-int OpenNative(const std::string& path, int flags) {
-  if (const int fault = FileFault(FileOperation::Open, path); fault != 0) {
-    errno = fault;
-    return -1;
-  }
-  return ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, 0666);
 }
 
 // Seeded by the clock, so that two runs begin far apart; each name is made exclusively, so that a clash only
@@ -50,8 +45,22 @@ std::uint32_t NextTempNumber() {
 
 std::int64_t NativeFileSize(const std::string& path) {
   struct stat status {};
-  if (path.empty() || ::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) return -1;
-  return status.st_size;
+  if (path.empty() || FileFault(FileOperation::Stat, path) != 0) return -1;
+  if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) return -1;
+  // One that this user may not read is as good as missing.
+  return ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? status.st_size : -1;
+}
+
+std::uint64_t FreeBytes(const std::string& path) {
+  struct statvfs volume {};
+  std::string existing = path;
+  while (!existing.empty() && ::statvfs(existing.c_str(), &volume) != 0) {
+    if (errno != ENOENT && errno != ENOTDIR) return 0;
+    const std::size_t separator = existing.rfind('/');
+    if (separator == std::string::npos || existing == "/") return 0;
+    existing.resize(separator == 0 ? 1 : separator);
+  }
+  return existing.empty() ? 0 : std::uint64_t{volume.f_bavail} * volume.f_frsize;
 }
 
 int RemoveNativeFile(const std::string& path) {
@@ -69,9 +78,9 @@ int OpenForOutput(int number, const std::string& path) {
     SetCurrentError(kFileAlreadyOpen);
     return kFileAlreadyOpen;
   }
-  const int descriptor = OpenNative(path, O_WRONLY | O_CREAT | O_TRUNC);
-  if (descriptor < 0) return Failed(errno);
-  OpenFiles()[number] = descriptor;
+  Descriptor file = OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC);
+  if (!file.isOpen()) return Failed(errno);
+  OpenFiles()[number] = std::move(file);
   return 0;
 }
 
@@ -83,23 +92,20 @@ int WriteToFile(int number, std::string_view bytes) {
   }
   while (!bytes.empty()) {
     if (const int fault = FileFault(FileOperation::Write, {}); fault != 0) return Failed(fault);
-    const ssize_t written = ::write(file->second, bytes.data(), bytes.size());
+    const ssize_t written = ::write(file->second.number(), bytes.data(), bytes.size());
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return Failed(errno);
+    // Nothing taken and no error: some file systems' way of being full.
+    if (written <= 0) return Failed(written < 0 ? errno : ENOSPC);
     bytes.remove_prefix(static_cast<std::size_t>(written));
   }
   return 0;
 }
 
 void CloseFile(int number) {
-  const auto file = OpenFiles().find(number);
-  if (file == OpenFiles().end()) return;
-  ::close(file->second);
-  OpenFiles().erase(file);
+  OpenFiles().erase(number);
 }
 
 void CloseAllFiles() {
-  for (const auto& [number, descriptor] : OpenFiles()) ::close(descriptor);
   OpenFiles().clear();
 }
 
@@ -109,11 +115,7 @@ std::string MakeTempFile(const std::string& directory, std::string_view prefix) 
     char digits[16];
     std::snprintf(digits, sizeof digits, "%08X", NextTempNumber());
     const std::string name = std::string(prefix.substr(0, 3)) + digits + ".TMP";
-    const int descriptor = OpenNative(directory + "/" + name, O_WRONLY | O_CREAT | O_EXCL);
-    if (descriptor >= 0) {
-      ::close(descriptor);
-      return name;
-    }
+    if (OpenFile(directory + "/" + name, O_WRONLY | O_CREAT | O_EXCL).isOpen()) return name;
     if (errno != EEXIST) {
       Failed(errno);
       return {};

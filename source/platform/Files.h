@@ -12,8 +12,12 @@
 
 namespace vorda::platform {
 
-// Length in bytes of a file, -1 when it can't be had; of a directory -1.
+// Length in bytes of a file; -1 when there is none that this user can read, and for a directory.
 std::int64_t NativeFileSize(const std::string& path);
+
+// The bytes free for this user on the volume that holds `path`, or its deepest ancestor that exists; 0 on
+// failure.
+std::uint64_t FreeBytes(const std::string& path);
 
 // Removes a file. Result: 0 or a run-time error's number.
 int RemoveNativeFile(const std::string& path);

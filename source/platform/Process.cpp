@@ -1,19 +1,14 @@
 #include "platform/Process.h"
 
-#include <QCoreApplication>
-#include <QTimer>
-
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
+#include "platform/RunningProcesses.h"
 #include "platform/Text.h"
 
 extern char** environ;
@@ -21,41 +16,6 @@ extern char** environ;
 namespace vorda::platform {
 
 namespace {
-
-// The processes that have not been seen to end. Their ends are collected at each start and on a slow timer
-// that runs only while there are any.
-class RunningProcesses {
- public:
-  void Add(pid_t process) {
-    processes_.push_back(process);
-    if (QCoreApplication::instance() == nullptr) return;
-    if (!timer_) {
-      timer_ = std::make_unique<QTimer>();
-      timer_->setInterval(500);
-      QObject::connect(timer_.get(), &QTimer::timeout, timer_.get(), [this] { Collect(); });
-    }
-    if (!timer_->isActive()) timer_->start();
-  }
-
-  void Collect() {
-    std::erase_if(processes_, [](pid_t process) { return ::waitpid(process, nullptr, WNOHANG) != 0; });
-    if (processes_.empty() && timer_) timer_->stop();
-  }
-
-  bool Holds(std::int64_t process) const {
-    return std::find(processes_.begin(), processes_.end(), process) != processes_.end();
-  }
-  int Count() const { return static_cast<int>(processes_.size()); }
-
- private:
-  std::vector<pid_t> processes_;
-  std::unique_ptr<QTimer> timer_;
-};
-
-RunningProcesses& Running() {
-  static auto* running = new RunningProcesses;  // outlives every static that might still start a process
-  return *running;
-}
 
 // Attributes and file actions of a detached start: own session, no signal blocked or ignored, nothing
 // inherited.
@@ -110,7 +70,7 @@ bool SpawnDetached(const ProcessStart& start, ProcessInformation& information) {
   const pid_t process = DetachedStart().Run(ExistingProgram(start.program), start.arguments);
   Running().Collect();
   if (process == 0) return false;
-  if (start.lowestPriority) ::setpriority(PRIO_PROCESS, static_cast<id_t>(process), 19);
+  if (start.lowestPriority) GiveLowestPriority(process);
   Running().Add(process);
   information.processId = process;
   return true;

@@ -62,8 +62,9 @@ ProfileText::Section* ProfileText::ReadLine(Range line, std::size_t lineEnd, Sec
   }
   if (section == nullptr || text.empty()) return section;
   section->end = lineEnd;
-  const std::size_t equals = bytes_.find('=', line.begin);
-  if (equals >= line.end || text.front() == ';' || SectionName(text)) return section;
+  const std::size_t inLine = At(line).find('=');
+  if (inLine == std::string_view::npos || text.front() == ';' || SectionName(text)) return section;
+  const std::size_t equals = line.begin + inLine;
   const std::string_view name = Stripped(At({line.begin, equals}));
   if (name.empty()) return section;
   if (!section->index.try_emplace(UpperCase(name), section->keys.size()).second) return section;

@@ -7,10 +7,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <cstdio>
-
-#include "platform/MessageBox.h"
-#include "platform/RunTimeError.h"
 
 namespace vorda::platform {
 
@@ -20,9 +18,11 @@ constexpr std::array kSignals = {SIGTERM, SIGINT, SIGHUP};
 int gSignalPipe[2] = {-1, -1};
 
 void OnSignal(int) {
+  const int systemError = errno;  // of the code that was interrupted
   const char byte = 0;
   // A full pipe means that a signal is on its way already.
   [[maybe_unused]] const ssize_t written = ::write(gSignalPipe[1], &byte, 1);
+  errno = systemError;
 }
 
 }  // namespace
@@ -30,6 +30,10 @@ void OnSignal(int) {
 void EndProgram(int exitCode) {
   std::fflush(nullptr);
   ::_exit(exitCode);
+}
+
+void IgnoreBrokenPipes() {
+  ::signal(SIGPIPE, SIG_IGN);
 }
 
 TerminationSignals::TerminationSignals(std::function<void()> handler) {
@@ -43,7 +47,12 @@ TerminationSignals::TerminationSignals(std::function<void()> handler) {
   struct sigaction action = {};
   action.sa_handler = OnSignal;
   action.sa_flags = SA_RESTART;
-  for (const int signal : kSignals) ::sigaction(signal, &action, nullptr);
+  for (const int signal : kSignals) {
+    // Who starts the program so that it outlives its terminal means it.
+    struct sigaction former = {};
+    ::sigaction(signal, nullptr, &former);
+    if (former.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+  }
 }
 
 TerminationSignals::~TerminationSignals() {
@@ -52,12 +61,6 @@ TerminationSignals::~TerminationSignals() {
     if (end >= 0) ::close(end);
     end = -1;
   }
-}
-
-void StopWithRuntimeError(int number) {
-  ShowMessageBox("Run-time error '" + std::to_string(number) + "':\n\n" + ErrorText(number),
-                 BoxIcon::Critical);
-  EndProgram(1);
 }
 
 }  // namespace vorda::platform

@@ -12,6 +12,10 @@ namespace vorda::platform {
 // open.
 [[noreturn]] void EndProgram(int exitCode);
 
+// A pipe or socket that nobody reads any more fails a write; without this it would end the program. To be
+// called first thing: standard error may be such a pipe.
+void IgnoreBrokenPipes();
+
 // Calls `handler` on the interface thread for SIGTERM, SIGINT and SIGHUP, also from inside a nested event
 // loop. One watcher a program; it lives as long as the object.
 class TerminationSignals : public QObject {

@@ -4,6 +4,9 @@
 #include <array>
 #include <cerrno>
 
+#include "platform/MessageBox.h"
+#include "platform/ProgramEnd.h"
+
 namespace vorda::platform {
 namespace {
 
@@ -88,6 +91,12 @@ int CurrentError() {
 
 void SetCurrentError(int number) {
   currentError = number;
+}
+
+void StopWithRuntimeError(int number) {
+  ShowMessageBox("Run-time error '" + std::to_string(number) + "':\n\n" + ErrorText(number),
+                 BoxIcon::Critical);
+  EndProgram(1);
 }
 
 }  // namespace vorda::platform

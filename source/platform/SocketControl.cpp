@@ -12,6 +12,7 @@
 
 #include "platform/Hook.h"
 #include "platform/Settings.h"
+#include "platform/Text.h"
 
 namespace vorda::platform {
 
@@ -42,6 +43,15 @@ void FindOutVanishedClient(int descriptor) {
   set(IPPROTO_TCP, TCP_USER_TIMEOUT, 25000);
 }
 
+// Null for a text that is no address: listening on all interfaces instead would open what was meant to be
+// restricted.
+QHostAddress ListeningAddress() {
+  const std::string& configured = PlatformSettings().statusPortAddress;
+  if (configured.empty()) return QHostAddress(QHostAddress::Any);
+  if (SameText(configured, "localhost")) return QHostAddress(QHostAddress::LocalHost);
+  return QHostAddress(QString::fromStdString(configured));
+}
+
 class TcpControl : public SocketControl {
  public:
   ~TcpControl() override { TcpControl::Close(); }
@@ -53,10 +63,8 @@ class TcpControl : public SocketControl {
     if (State() != sckClosed || port_ < 0 || port_ > 65535) return false;
     auto listener = std::make_unique<RequestListener>();
     listener->request = [this](qintptr descriptor) { Announce(descriptor); };
-    const std::string& configured = PlatformSettings().statusPortAddress;
-    const QHostAddress address = configured.empty() ? QHostAddress(QHostAddress::Any)
-                                                    : QHostAddress(QString::fromStdString(configured));
-    if (!listener->listen(address, static_cast<quint16>(port_))) return false;
+    const QHostAddress address = ListeningAddress();
+    if (address.isNull() || !listener->listen(address, static_cast<quint16>(port_))) return false;
     listener_ = listener.release();
     return true;
   }

@@ -20,6 +20,10 @@ struct WaveFormat {
   bool operator==(const WaveFormat&) const = default;
 };
 
+// A 16-bit format with block alignment and bytes per second worked out; figures too large for their fields
+// wrap.
+WaveFormat SixteenBitFormat(std::int16_t tag, std::int16_t channels, std::int32_t samplesPerSecond);
+
 inline constexpr std::int16_t kWaveFormatPcm = 1;
 // The result that says that no codec serves the request.
 inline constexpr int kAcmNotPossible = 512;

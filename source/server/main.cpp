@@ -5,7 +5,6 @@
 #include <QTimer>
 
 #include <cstdio>
-#include <cstdlib>
 
 #include "controls/DesktopServices.h"
 #include "platform/ProgramEnd.h"
@@ -17,13 +16,25 @@ namespace {
 
 // True when there is a screen to show windows on, or the user has said what to use instead.
 bool HasDisplay() {
-  return std::getenv("QT_QPA_PLATFORM") != nullptr || std::getenv("DISPLAY") != nullptr ||
-         std::getenv("WAYLAND_DISPLAY") != nullptr;
+  return !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY") ||
+         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+QtMessageHandler gToolkitMessages = nullptr;
+
+// The offscreen platform says each time what it can't do; of what is told on standard error nothing is to be
+// missed among that.
+void TellToolkitMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+  if (message.startsWith(QLatin1String("This plugin does not support"))) return;
+  gToolkitMessages(type, context, message);
+  // A display that can't be reached: told, and the end, without the picture of a crash.
+  if (type == QtFatalMsg) vorda::platform::EndProgram(1);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  vorda::platform::IgnoreBrokenPipes();
   const bool display = HasDisplay();
   if (!display) {
     std::fputs(
@@ -31,6 +42,7 @@ int main(int argc, char** argv) {
         stderr);
     qputenv("QT_QPA_PLATFORM", "offscreen");
   }
+  gToolkitMessages = qInstallMessageHandler(TellToolkitMessage);
   vorda::TakeCommandLine(argc - 1, argv + 1);
   QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);

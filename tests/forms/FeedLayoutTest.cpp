@@ -85,13 +85,13 @@ TEST_F(FeedLayout, CaptionsAndFontAsDesigned) {
   EXPECT_EQ(form.txtCapture()->font().family(), "Courier New");
 }
 
-class FeedLayoutAtSize : public FeedLayout, public ::testing::WithParamInterface<QSize> {};
+class FeedLayoutAtSize : public FeedLayout, public ::testing::WithParamInterface<std::pair<int, int>> {};
 
 TEST_P(FeedLayoutAtSize, ControlsFollowTheClientArea) {
   frmWireFeed& form = Start(1);
-  ChildWindowOf(form.lblConfigFile())->resize(GetParam());
+  ChildWindowOf(form.lblConfigFile())->resize(GetParam().first, GetParam().second);
   RunPendingEvents();
-  ASSERT_EQ(form.Width(), TwipsFromPixels(GetParam().width()));
+  ASSERT_EQ(form.Width(), TwipsFromPixels(GetParam().first));
   const double width = form.ClientWidth();
   const double height = form.ClientHeight();
 
@@ -115,11 +115,10 @@ TEST_P(FeedLayoutAtSize, ControlsFollowTheClientArea) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, FeedLayoutAtSize,
-                         ::testing::Values(QSize(200, 300), QSize(201, 301), QSize(400, 436), QSize(333, 257),
-                                           QSize(1600, 1200)),
+                         ::testing::Values(std::pair(200, 300), std::pair(201, 301), std::pair(400, 436),
+                                           std::pair(333, 257), std::pair(1600, 1200)),
                          [](const auto& test) {
-                           return std::to_string(test.param.width()) + "x" +
-                                  std::to_string(test.param.height());
+                           return std::to_string(test.param.first) + "x" + std::to_string(test.param.second);
                          });
 
 TEST_F(FeedLayout, NarrowerThanThreeThousandTwipsSpringsBack) {

@@ -14,6 +14,10 @@ struct ErrorCase {
   const char* words;
 };
 
+void PrintTo(const ErrorCase& test, std::ostream* out) {
+  *out << test.words;
+}
+
 class FeedLineError : public FeedWindows {
  protected:
   FeedLineError() {

@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QMainWindow>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -16,10 +17,10 @@
 namespace vorda::test {
 namespace {
 
-class FrameEnd : public FeedWindows {
+class FrameEndDeathTest : public FeedWindows {
  protected:
-  FrameEnd() { TakeCommandLine(0, nullptr); }
-  ~FrameEnd() override { gCommandLine.clear(); }
+  FrameEndDeathTest() { TakeCommandLine(0, nullptr); }
+  ~FrameEndDeathTest() override { gCommandLine.clear(); }
 
   void WriteIni(const std::vector<int>& feeds) {
     std::string text;
@@ -49,7 +50,7 @@ class FrameEnd : public FeedWindows {
   FakeFolderPicker picker;
 };
 
-TEST_F(FrameEnd, CloseBoxEndsTheProgram) {
+TEST_F(FrameEndDeathTest, CloseBoxEndsTheProgram) {
   WriteIni({1});
   ExpectEnd(0, "", [] {
     Server().Load();
@@ -58,7 +59,7 @@ TEST_F(FrameEnd, CloseBoxEndsTheProgram) {
   });
 }
 
-TEST_F(FrameEnd, ExitEntryEndsTheProgram) {
+TEST_F(FrameEndDeathTest, ExitEntryEndsTheProgram) {
   WriteIni({1});
   ExpectEnd(0, "", [] {
     Server().Load();
@@ -67,8 +68,21 @@ TEST_F(FrameEnd, ExitEntryEndsTheProgram) {
   });
 }
 
+TEST_F(FrameEndDeathTest, ExitByTheKeyboardEndsTheProgram) {
+  WriteIni({1});
+  ExpectEnd(0, "", [] {
+    Server().Load();
+    MainWindow()->activateWindow();
+    EXPECT_TRUE(WaitUntil([] { return QApplication::activeWindow() == MainWindow(); }));
+    QTest::keyClick(MainWindow(), Qt::Key_F, Qt::AltModifier);
+    EXPECT_TRUE(WaitUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+    EndIfFailed();
+    QTest::keyClick(QApplication::activePopupWidget(), Qt::Key_X);
+  });
+}
+
 // Nothing behind the open box goes on.
-TEST_F(FrameEnd, EndsFromBehindABox) {
+TEST_F(FrameEndDeathTest, EndsFromBehindABox) {
   WriteIni({1});
   ExpectEnd(0, "^$", [this] {
     Server().Load();
@@ -78,7 +92,7 @@ TEST_F(FrameEnd, EndsFromBehindABox) {
   });
 }
 
-TEST_F(FrameEnd, OpenStoryIsClosedNotHandedOnAndStaysOnDisk) {
+TEST_F(FrameEndDeathTest, OpenStoryIsClosedNotHandedOnAndStaysOnDisk) {
   WriteIni({1});
   ExpectEnd(0, "^$", [this] {
     processes.atStart = [](const platform::ProcessStart&) { std::fputs("a tool was started", stderr); };
@@ -94,7 +108,7 @@ TEST_F(FrameEnd, OpenStoryIsClosedNotHandedOnAndStaysOnDisk) {
   EXPECT_EQ(ReadWholeFile(story.string()), "half a story");
 }
 
-TEST_F(FrameEnd, WrongCommandLineEndsWithTwoAfterTheTwoLineBox) {
+TEST_F(FrameEndDeathTest, WrongCommandLineEndsWithTwoAfterTheTwoLineBox) {
   WriteIni({1});
   const char* const arguments[] = {"/P"};
   TakeCommandLine(1, arguments);
@@ -109,14 +123,14 @@ TEST_F(FrameEnd, WrongCommandLineEndsWithTwoAfterTheTwoLineBox) {
       });
 }
 
-TEST_F(FrameEnd, NoNewsDirectoryForFeedOneEndsWithoutAnotherWord) {
+TEST_F(FrameEndDeathTest, NoNewsDirectoryForFeedOneEndsWithoutAnotherWord) {
   ExpectEnd(0, "^$", [this] {
     picker.Expect("Select Primary News Feed Directory", "");
     Server().Load();
   });
 }
 
-TEST_F(FrameEnd, FeedTwoAloneIsTakenDownWithTheProgram) {
+TEST_F(FrameEndDeathTest, FeedTwoAloneIsTakenDownWithTheProgram) {
   WriteIni({2});
   ExpectEnd(0, "^Wire$", [this] {
     picker.Expect("Select Primary News Feed Directory", "");
@@ -126,6 +140,8 @@ TEST_F(FrameEnd, FeedTwoAloneIsTakenDownWithTheProgram) {
     Server().Load();
   });
 }
+
+using FrameEnd = FrameEndDeathTest;
 
 TEST_F(FrameEnd, ShutDownFeedsGoesBySlotsAndMakesTheMissingForm) {
   WriteIni({1, 3});

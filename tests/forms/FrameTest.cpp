@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScrollBar>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -20,9 +21,9 @@
 namespace vorda::test {
 namespace {
 
-class Frame : public FeedWindows {
+class FrameDeathTest : public FeedWindows {
  protected:
-  Frame() { TakeCommandLine(0, nullptr); }
+  FrameDeathTest() { TakeCommandLine(0, nullptr); }
 
   void WriteIni(const std::vector<int>& feeds) {
     std::string text;
@@ -70,7 +71,7 @@ class Frame : public FeedWindows {
 };
 
 // Seen from behind the warning of feed 1, in the middle of the start-up, and at its end.
-TEST_F(Frame, SplashStandsFirstAndIsGoneAtTheEnd) {
+TEST_F(FrameDeathTest, SplashStandsFirstAndIsGoneAtTheEnd) {
   WriteIni({1});
   const std::string missing = directory / "news1/vorda.ini";
   std::filesystem::remove(missing);
@@ -97,7 +98,7 @@ TEST_F(Frame, SplashStandsFirstAndIsGoneAtTheEnd) {
   });
 }
 
-TEST_F(Frame, SplashStandsAloneWhenTheCommandLineIsWrong) {
+TEST_F(FrameDeathTest, SplashStandsAloneWhenTheCommandLineIsWrong) {
   const char* const arguments[] = {"/P"};
   TakeCommandLine(1, arguments);
   const platform::ScopedHook box(platform::MessageBoxHook(), [](const platform::BoxRequest&) {
@@ -110,7 +111,7 @@ TEST_F(Frame, SplashStandsAloneWhenTheCommandLineIsWrong) {
   ExpectHolds([] { Server().Load(); });
 }
 
-TEST_F(Frame, MenusInTheirOrderAndNoneEmpty) {
+TEST_F(FrameDeathTest, MenusInTheirOrderAndNoneEmpty) {
   WriteIni({1});
   ExpectHoldsOnceStarted([] {
     QStringList titles;
@@ -124,7 +125,7 @@ TEST_F(Frame, MenusInTheirOrderAndNoneEmpty) {
   });
 }
 
-TEST_F(Frame, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
+TEST_F(FrameDeathTest, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
   WriteIni({1, 2});
   ExpectHoldsOnceStarted([] {
     QList<QAction*> entries = WindowMenu()->actions();
@@ -144,7 +145,7 @@ TEST_F(Frame, WindowMenuListsTheChildrenAndChecksTheActiveOne) {
   });
 }
 
-TEST_F(Frame, WindowMenuBringsAMinimizedChildBack) {
+TEST_F(FrameDeathTest, WindowMenuBringsAMinimizedChildBack) {
   WriteIni({1, 2});
   ExpectHoldsOnceStarted([] {
     ChildWindowOf(FeedForm(1).lblConfigFile())->showMinimized();
@@ -154,7 +155,7 @@ TEST_F(Frame, WindowMenuBringsAMinimizedChildBack) {
   });
 }
 
-TEST_F(Frame, WindowMenuForgetsAClosedChild) {
+TEST_F(FrameDeathTest, WindowMenuForgetsAClosedChild) {
   WriteIni({1, 2});
   ExpectHoldsOnceStarted([] {
     ChildWindowOf(FeedForm(1).lblConfigFile())->close();
@@ -164,7 +165,7 @@ TEST_F(Frame, WindowMenuForgetsAClosedChild) {
   });
 }
 
-TEST_F(Frame, HistoryLiesAlongTheFootAndFollowsTheFrame) {
+TEST_F(FrameDeathTest, HistoryLiesAlongTheFootAndFollowsTheFrame) {
   WriteIni({1});
   ExpectHoldsOnceStarted([] {
     ExpectHistoryInPlace();
@@ -182,7 +183,7 @@ TEST_F(Frame, HistoryLiesAlongTheFootAndFollowsTheFrame) {
   });
 }
 
-TEST_F(Frame, FeedWindowsStandAboveTheHistory) {
+TEST_F(FrameDeathTest, FeedWindowsStandAboveTheHistory) {
   WriteIni({1, 3});
   ExpectHoldsOnceStarted([] {
     const double width = controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2));
@@ -194,7 +195,18 @@ TEST_F(Frame, FeedWindowsStandAboveTheHistory) {
   });
 }
 
-TEST_F(Frame, MinimizedFrameLeavesTheHistoryWhereItIs) {
+TEST_F(FrameDeathTest, ThirdFeedIsReachedByScrolling) {
+  WriteIni({1, 2, 3});
+  ExpectHoldsOnceStarted([] {
+    auto* area = MainWindow()->findChild<QMdiArea*>();
+    RunPendingEvents();
+    EXPECT_GT(FeedForm(3).Left() + FeedForm(3).Width(), Server().ClientWidth());
+    EXPECT_TRUE(area->horizontalScrollBar()->isVisible());
+    EXPECT_GT(area->horizontalScrollBar()->maximum(), 0);
+  });
+}
+
+TEST_F(FrameDeathTest, MinimizedFrameLeavesTheHistoryWhereItIs) {
   WriteIni({1});
   ExpectHoldsOnceStarted([] {
     frmHistory& history = frmHistory::Default();
@@ -208,7 +220,7 @@ TEST_F(Frame, MinimizedFrameLeavesTheHistoryWhereItIs) {
   });
 }
 
-TEST_F(Frame, OperatorCanNotCloseTheHistoryInTheFrame) {
+TEST_F(FrameDeathTest, OperatorCanNotCloseTheHistoryInTheFrame) {
   WriteIni({1});
   ExpectHoldsOnceStarted([] {
     ChildWindowOf(frmHistory::Default().Control<QWidget>("Picture1"))->close();

@@ -135,7 +135,9 @@ TEST_F(ServerConfig, LargestAndSmallestNumbersOfAKeyPass) {
   EXPECT_EQ(Record(1).CapturePort, -32768);
 }
 
-TEST_F(ServerConfig, NumberTooLargeForAKeyStopsTheProgram) {
+using ServerConfigDeathTest = ServerConfig;
+
+TEST_F(ServerConfigDeathTest, NumberTooLargeForAKeyStopsTheProgram) {
   const auto stopsWith = [this](const std::string& line) {
     WriteIni(Section(1, line + "\r\n"));
     // The box can't be expected by the queue: the program ends in it.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "feed/CommEventWords.h"
@@ -12,6 +13,9 @@ struct Row {
   CommEventClass kind;
   const char* words;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+  *out << row.value;
+}
 
 class CommEventWordsTest : public ::testing::TestWithParam<Row> {};
 

@@ -19,6 +19,9 @@ struct Row {
   bool expiry;
   bool index;
 };
+void PrintTo(const Row& row, std::ostream* out) {
+  *out << row.seconds;
+}
 
 class DailyToolsHourTest : public ::testing::TestWithParam<Row> {};
 

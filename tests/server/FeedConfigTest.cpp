@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <ostream>
 #include <string>
 
 #include "config/Vorda_Common_API.h"
@@ -176,6 +177,9 @@ struct ShortKey {
   const char* section;
   const char* name;
 };
+void PrintTo(const ShortKey& row, std::ostream* out) {
+  *out << row.section << " " << row.name;
+}
 class FeedConfigOverflowTest : public FeedConfigTest, public ::testing::WithParamInterface<ShortKey> {
  protected:
   std::string WithValue(const std::string& value) {

@@ -67,6 +67,7 @@ const std::vector<HandKey> kAudioCapture = {
     {"AudioCapture", "IndexCartNumber", &R::IndexCartNumber, "9000"},
     {"AudioCapture", "StartCartNumber", &R::StartCartNumber, "9001"},
     {"AudioCapture", "EndCartNumber", &R::EndCartNumber, "9099"},
+    {"AudioCapture", "LastRecordedCartNumber", &R::LastRecordedCartNumber, "9000"},
     {"AudioCapture", "ClearCartCount", &R::ClearCartCount, "10"},
     {"AudioCapture", "AudioActivationLevel", &R::AudioActivationLevel, "99"},
     {"AudioCapture", "AudioStartDuration", &R::AudioStartDuration, "5"},

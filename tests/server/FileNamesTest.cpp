@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <ostream>
 #include <string>
 
 #include "shell/GeneralFunctions.h"
@@ -71,6 +72,9 @@ struct QuoteRow {
   const char* quoted;
   const char* left;
 };
+void PrintTo(const QuoteRow& row, std::ostream* out) {
+  *out << row.path;
+}
 class QuotePathTest : public ::testing::TestWithParam<QuoteRow> {};
 
 TEST_P(QuotePathTest, QuotesOnlyWhatHasABlankAndNoQuotationMark) {
@@ -134,6 +138,9 @@ struct TokenRow {
   std::int32_t positionAfter;
   std::int32_t endPosition;
 };
+void PrintTo(const TokenRow& row, std::ostream* out) {
+  *out << row.text << " from " << row.position;
+}
 // What no token may change.
 constexpr std::int32_t kUntouched = -77;
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "platform/Desktop.h"
@@ -87,6 +88,9 @@ struct FolderRow {
   const char* picked;
   const char* folder;
 };
+void PrintTo(const FolderRow& row, std::ostream* out) {
+  *out << row.picked;
+}
 class BrowseForFolderTest : public ::testing::TestWithParam<FolderRow> {};
 
 TEST_P(BrowseForFolderTest, FolderOfWhatWasPicked) {

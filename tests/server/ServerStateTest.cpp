@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,9 @@ struct IniRow {
   const char* commandLine;
   const char* iniFileName;
 };
+void PrintTo(const IniRow& row, std::ostream* out) {
+  *out << row.commandLine;
+}
 class IniFileNameTest : public CommandLineTest, public ::testing::WithParamInterface<IniRow> {};
 
 TEST_P(IniFileNameTest, NameOutOfTheCommandLine) {
@@ -102,6 +106,9 @@ struct PlatformRow {
   OSVersionInfo version;
   const char* name;
 };
+void PrintTo(const PlatformRow& row, std::ostream* out) {
+  *out << row.version.platformId << " " << row.version.majorVersion << " " << row.version.minorVersion;
+}
 class PlatformNameTest : public ::testing::TestWithParam<PlatformRow> {};
 
 TEST_P(PlatformNameTest, NameOfAVersion) {

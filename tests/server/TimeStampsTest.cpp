@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 #include "platform/Clock.h"
 #include "shell/GeneralFunctions.h"
 
@@ -24,6 +26,9 @@ struct HourRow {
   double seconds;
   float wholeHour;
 };
+void PrintTo(const HourRow& row, std::ostream* out) {
+  *out << row.seconds;
+}
 class NowStampHourTest : public ::testing::TestWithParam<HourRow> {};
 
 TEST_P(NowStampHourTest, StartOfTheHour) {
@@ -54,6 +59,9 @@ struct SinceRow {
   Moment now;
   double seconds;
 };
+void PrintTo(const SinceRow& row, std::ostream* out) {
+  *out << row.stamp.Day << " " << row.stamp.Seconds << " until " << row.now.day << " " << row.now.seconds;
+}
 class SecondsSinceTest : public ::testing::TestWithParam<SinceRow> {};
 
 TEST_P(SecondsSinceTest, SecondsFromTheStampUntilNow) {

@@ -59,9 +59,11 @@ void Station::Start(const std::vector<std::string>& arguments, Screen screen) {
 }
 
 bool Station::Connect(StatusClient& client, int soundCard) {
-  return WaitUntil([&] { return !server_->Runs() || client.Connect(OwnLoopbackAddress(), 6960 + soundCard); },
-                   20000) &&
-         client.Connected();
+  const auto connected = [&] {
+    return !server_->Runs() || client.Connect(OwnLoopbackAddress(), 6960 + soundCard);
+  };
+  // The system takes a client before the server does; what is said until then isn't for it.
+  return WaitUntil(connected, 20000) && client.WaitFor("Current Recording :");
 }
 
 std::vector<std::string> Station::StoryFiles(int number) const {

@@ -30,7 +30,8 @@ class Station {
 
   // Starts the server.
   void Start(const std::vector<std::string>& arguments = {}, Screen screen = Screen::Offscreen);
-  // Connects to a feed's status port, waiting until it listens; false when it never does.
+  // Connects to a feed's status port, waiting until it listens and has said its block; false when it never
+  // does.
   bool Connect(StatusClient& client, int soundCard = 0);
 
   std::string Home() const { return home_.path(); }

@@ -14,6 +14,7 @@
 #include "platform/Desktop.h"
 #include "platform/MessageBox.h"
 #include "platform/ReentrantTimer.h"
+#include "support/QuietPlatform.h"
 
 namespace vorda::test {
 
@@ -29,6 +30,7 @@ class DesktopScope {
   }
 
  private:
+  QuietPlatform quiet_;
   platform::ScopedHook<platform::BoxAnswer(const platform::BoxRequest&)> box_;
   platform::ScopedHook<std::string(const platform::FolderRequest&)> picker_;
   platform::ScopedHook<void(platform::Pointer)> pointer_;

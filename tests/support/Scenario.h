@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <functional>
 
+#include "support/QuietPlatform.h"
+
 namespace vorda::test {
 
 // What the process ends with when the scenario came to its end.
@@ -29,6 +31,7 @@ inline void EndIfFailed() {
 
 // Runs `scenario` in the event loop, as the program runs its start-up, and ends the process.
 [[noreturn]] inline void RunInEventLoop(const std::function<void()>& scenario) {
+  const QuietPlatform quiet;
   QTimer::singleShot(0, [&scenario] {
     scenario();
     EndScenario();

@@ -30,13 +30,6 @@ void ReadTextData(WireFeedRecord& feed, const std::string& file) {
   }
 }
 
-void ReadAudioCapture(WireFeedRecord& feed, const std::string& file) {
-  for (const FeedKey& key : AudioCaptureKeys()) ReadFeedKey(key, file, feed);
-  const auto beforeFirst = static_cast<std::int32_t>(std::int64_t{feed.StartCartNumber} - 1);
-  feed.LastRecordedCartNumber =
-      platform::ReadProfileInteger("AudioCapture", "LastRecordedCartNumber", beforeFirst, file);
-}
-
 // The codec manager fills in what follows from tag, channels and rate. When it can't, the record keeps what
 // the file says.
 void ReadRecordFormat(WireFeedRecord& feed, const std::string& file) {
@@ -46,7 +39,8 @@ void ReadRecordFormat(WireFeedRecord& feed, const std::string& file) {
   format.wFormatTag = platform::ReadProfileShort("RecordAudioFormat", "Format", 1, file);
   format.wBitsPerSample = 16;
 
-  platform::WaveFormat source{format.wFormatTag, format.nChannels, format.nSamplesPerSec, 0, 0, 16, 0, 0};
+  const platform::WaveFormat source =
+      platform::SixteenBitFormat(format.wFormatTag, format.nChannels, format.nSamplesPerSec);
   platform::WaveFormat suggested{
       platform::kWaveFormatPcm, format.nChannels, format.nSamplesPerSec, 0, 0, 0, 0, 0};
   const int result = platform::acmFormatSuggest(source, suggested);
@@ -80,7 +74,7 @@ std::string ReadFeedConfig(std::int16_t feedNumber, const std::string& configFil
   feed.FullConfigFile = configFile;
   ReadFeedLists(feedNumber);
   ReadTextData(feed, file);
-  ReadAudioCapture(feed, file);
+  for (const FeedKey& key : AudioCaptureKeys()) ReadFeedKey(key, file, feed);
   ReadRecordFormat(feed, file);
   for (const FeedKey& key : StoryDelimiterKeys()) ReadFeedKey(key, file, feed);
   platform::SetPointer(platform::Pointer::Default);

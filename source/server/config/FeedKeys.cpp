@@ -10,6 +10,10 @@ namespace {
 
 using R = WireFeedRecord;
 
+std::int32_t OneBelowFirstCart(const WireFeedRecord& feed) {
+  return static_cast<std::int32_t>(std::int64_t{feed.StartCartNumber} - 1);
+}
+
 constexpr auto kTextDataKeys = std::to_array<FeedKey>({
     {"TextData", "Settings", &R::Settings, 0, "9600,n,8,1"},
     {"TextData", "CutOverride", &R::CutOverride},
@@ -53,6 +57,7 @@ constexpr auto kAudioCaptureKeys = std::to_array<FeedKey>({
     {"AudioCapture", "IndexCartNumber", &R::IndexCartNumber, 9000},
     {"AudioCapture", "StartCartNumber", &R::StartCartNumber, 9001},
     {"AudioCapture", "EndCartNumber", &R::EndCartNumber, 9099},
+    {"AudioCapture", "LastRecordedCartNumber", &R::LastRecordedCartNumber, 0, "", OneBelowFirstCart},
     {"AudioCapture", "ClearCartCount", &R::ClearCartCount, 10},
     {"AudioCapture", "AudioActivationLevel", &R::AudioActivationLevel, 99},
     {"AudioCapture", "AudioStartDuration", &R::AudioStartDuration, 5},
@@ -78,7 +83,8 @@ struct KeyReader {
     record.*member = platform::ReadProfileShort(key.section, key.name, defaultShort, file);
   }
   void operator()(std::int32_t R::*member) const {
-    record.*member = platform::ReadProfileInteger(key.section, key.name, key.defaultNumber, file);
+    const std::int32_t defaultNumber = key.computedDefault ? key.computedDefault(record) : key.defaultNumber;
+    record.*member = platform::ReadProfileInteger(key.section, key.name, defaultNumber, file);
   }
   void operator()(std::string R::*member) const {
     record.*member = platform::ReadProfileString(key.section, key.name, key.defaultText, file);

@@ -19,10 +19,12 @@ struct FeedKey {
   FeedMember member;
   std::int32_t defaultNumber = 0;
   const char* defaultText = "";
+  // Works a 32-bit default out of what has been read before.
+  std::int32_t (*computedDefault)(const WireFeedRecord& record) = nullptr;
 };
 
-// Each in the order in which it is read. LastRecordedCartNumber is not among them: its default is one below
-// the StartCartNumber just read.
+// Each in the order in which it is read: the default of LastRecordedCartNumber rests on the StartCartNumber
+// just read.
 std::span<const FeedKey> TextDataKeys();
 std::span<const FeedKey> AudioCaptureKeys();
 std::span<const FeedKey> StoryDelimiterKeys();

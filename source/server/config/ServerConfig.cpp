@@ -13,7 +13,9 @@
 
 namespace vorda {
 
-std::array<std::unique_ptr<frmWireFeed>, kFeedCount> gFeedForms;
+// Never destroyed: where the toolkit ends the program by itself (a lost display), it is gone before them.
+std::array<std::unique_ptr<frmWireFeed>, kFeedCount>& gFeedForms =
+    *new std::array<std::unique_ptr<frmWireFeed>, kFeedCount>;
 std::int16_t gFeedFormCount = 0;
 
 namespace {

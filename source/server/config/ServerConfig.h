@@ -12,7 +12,7 @@
 namespace vorda {
 
 // The feed windows, that of feed n in slot n-1; empty until the feed is made. They live for the whole run.
-extern std::array<std::unique_ptr<frmWireFeed>, kFeedCount> gFeedForms;
+extern std::array<std::unique_ptr<frmWireFeed>, kFeedCount>& gFeedForms;
 // The feed windows shown so far.
 extern std::int16_t gFeedFormCount;
 

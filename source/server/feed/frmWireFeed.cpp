@@ -26,7 +26,9 @@ constexpr int kAudioLevelInterval = 50;
 
 frmWireFeed::frmWireFeed()
     : ChildForm("frmWireFeed"),
-      stories_([this] { return Tag(); }, [this](std::string_view text) { sendWinSockMessage(text); }) {}
+      // A window that is closed behind a box is no feed any more; it must not be loaded again by a question.
+      stories_([this] { return Loaded() ? Tag() : std::string(); },
+               [this](std::string_view text) { sendWinSockMessage(text); }) {}
 
 frmWireFeed::~frmWireFeed() = default;
 
@@ -41,7 +43,8 @@ controls::TerminalView* frmWireFeed::txtCapture() {
 void frmWireFeed::BuildControls(QWidget* client) {
   BuildWireFeedControls(client);
   captureText_ = CaptureText();
-  txtCapture()->SetSource([this] { return std::string_view(captureText_.Text()); });
+  capture_ = txtCapture();
+  capture_->SetSource([this] { return std::string_view(captureText_.Text()); });
   lblConfigFile()->Change = [this] { lblConfigFile_Change(); };
   MakeDevices(client);
   SetText("Wire Feed Capture");
@@ -76,18 +79,19 @@ void frmWireFeed::OnLoad() {
 
 // The channel's start. Only the first step can stop it.
 void frmWireFeed::lblConfigFile_Change() {
-  const auto number = static_cast<std::int16_t>(platform::NumericValue(Tag()));
+  const auto number = static_cast<std::int16_t>(platform::NumericInteger(Tag()).value_or(0));
   if (ReadFeedConfig(number, lblConfigFile()->Caption(), false).empty()) {
     Unload();
     return;
   }
+  if (!Loaded()) return;  // closed behind a box of the load
   const WireFeedRecord& feed = gWireFeeds[static_cast<std::size_t>(number - 1)];
   if (feed.NoIndexProcessing != 0) devices_.timerIndexLogs->SetEnabled(false);
   gServerCartStart = feed.StartCartNumber;
   gServerCartEnd = feed.EndCartNumber;
   SetText("Vorda Server : " + feed.Name);
   OpenPorts(feed);
-  devices_.winSockAudio->Start(feed.SoundCard);
+  if (Loaded()) devices_.winSockAudio->Start(feed.SoundCard);
 }
 
 // Both ports get the feed's one set of serial settings. A bounce port works only behind a capture port that
@@ -141,7 +145,7 @@ void frmWireFeed::AppendCaptureText(std::string& data) {
 }
 
 void frmWireFeed::ShowCaptureText() {
-  txtCapture()->TextChanged();
+  if (capture_) capture_->TextChanged();
 }
 
 void frmWireFeed::timerIndexLogs_Timer() {

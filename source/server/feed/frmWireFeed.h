@@ -6,6 +6,8 @@
 
 #pragma once
 
+#include <QPointer>
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -71,6 +73,9 @@ class frmWireFeed : public controls::ChildForm {
 
   Devices devices_;
   CaptureText captureText_;
+  // The view that shows it, while the window is loaded. Arrivals come thousands of times a second: too often
+  // to look it up by its name.
+  QPointer<controls::TerminalView> capture_;
   StoryCapture stories_;
   DailyToolsState dailyTools_;
   std::int32_t CurrentRecordCart = 0;

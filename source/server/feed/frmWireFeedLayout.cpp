@@ -1,5 +1,7 @@
 #include "feed/frmWireFeedLayout.h"
 
+#include <QFontInfo>
+
 #include "controls/FormBuilder.h"
 #include "controls/TerminalView.h"
 #include "controls/Twips.h"
@@ -78,7 +80,7 @@ void BuildWireFeedControls(QWidget* client) {
   font.setStyleHint(QFont::TypeWriter);
   Find(client, "txtCapture")->setFont(font);
   QFont small = client->font();
-  small.setPointSizeF(small.pointSizeF() * 0.6);
+  small.setPointSizeF(QFontInfo(small).pointSizeF() * 0.6);
   Find(client, "Label3")->setFont(small);
   // They come to life with a recording.
   for (const char* name : {"cmdRecord", "cmdEject"}) Find(client, name)->setEnabled(false);

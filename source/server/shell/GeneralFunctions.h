@@ -39,10 +39,16 @@ std::string FileExtension(std::string_view path);
 std::string GetToken(std::string_view text, std::int32_t& position, char delimiter,
                      std::int32_t& endPosition);
 
-// --- Files (TempNames.cpp) ---
+// --- Files (TempNames.cpp, DiskSpace.cpp) ---
 
 // The file's length in bytes; -1 when it can't be read. This is how the system asks whether a file exists.
 double FileSize(std::string_view path);
+
+// The bytes free for this user on the volume that holds `path`, which need not exist; 0 when they can't be
+// had.
+std::uint64_t DiskFreeBytes(std::string_view path);
+// A number of 64 bits from its two signed halves.
+double LargeToDouble(std::int32_t low, std::int32_t high);
 
 // A new file name in the directory `path` ("" = the temporary directory): the platform's unique name with its
 // last three characters replaced by `extension`. The file does not exist and the name is not reserved. "" on
@@ -73,6 +79,9 @@ std::int32_t RunProcess(const std::string& program, const std::string& arguments
 TimeStamp NowStamp(bool wholeHour = false);
 // Seconds from the stamp until now, across midnights; negative for a stamp that lies ahead.
 double SecondsSince(const TimeStamp& stamp);
+
+// The stamp that lies `duration` seconds, in hundredths, before `stamp`.
+TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp);
 
 // --- Reports (Reports.cpp) ---
 

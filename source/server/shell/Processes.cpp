@@ -28,9 +28,16 @@ std::int32_t RunProcess(const std::string& program, const std::string& arguments
                         std::int32_t waitMode, [[maybe_unused]] std::int32_t showWindow,
                         platform::ProcessInformation& information) {
   platform::SetPointer(platform::Pointer::Hourglass);
-  const platform::ProcessStart start{platform::NativePath(program), platform::SplitArguments(arguments),
-                                     (creationFlags & kIdlePriorityClass) != 0};
-  const bool started = platform::StartProcess(start, information);
+  platform::ProcessStart start{platform::NativePath(program), platform::SplitArguments(arguments),
+                               (creationFlags & kIdlePriorityClass) != 0};
+  bool started = platform::StartProcess(start, information);
+  if (!started && program.find_first_of(" \"") != std::string::npos) {
+    // A program with arguments of its own, or in quotation marks.
+    start.arguments = platform::SplitArguments(program + " " + arguments);
+    start.program = platform::NativePath(start.arguments.front());
+    start.arguments.erase(start.arguments.begin());
+    started = platform::StartProcess(start, information);
+  }
   if (started && waitMode == kWaitYielding) WaitForEnd(information, QEventLoop::AllEvents);
   if (started && waitMode == kWaitBlocking) WaitForEnd(information, QEventLoop::ExcludeUserInputEvents);
   platform::SetPointer(platform::Pointer::Default);

@@ -25,4 +25,22 @@ double SecondsSince(const TimeStamp& stamp) {
   return days * kSecondsPerDay + now.seconds - static_cast<double>(stamp.Seconds);
 }
 
+TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp) {
+  constexpr std::int64_t kHundredthsPerDay = 8640000;
+  const auto wholeSeconds = static_cast<std::int64_t>(std::nearbyint(static_cast<double>(duration)));
+  const auto hundredths = static_cast<std::int64_t>(std::nearbyint(static_cast<double>(duration) * 100.0));
+  std::int64_t day = stamp.Day - wholeSeconds / static_cast<std::int64_t>(kSecondsPerDay);
+  double seconds =
+      static_cast<double>(stamp.Seconds) - static_cast<double>(hundredths % kHundredthsPerDay) / 100.0;
+  while (seconds < 0) {
+    seconds += kSecondsPerDay;
+    --day;
+  }
+  while (seconds >= kSecondsPerDay) {
+    seconds -= kSecondsPerDay;
+    ++day;
+  }
+  return {static_cast<std::int32_t>(day), static_cast<float>(seconds)};
+}
+
 }  // namespace vorda

@@ -6,6 +6,7 @@
 #include "controls/Panels.h"
 #include "controls/Twips.h"
 #include "shell/EventHistory.h"
+#include "shell/frmVordaServer.h"
 
 namespace vorda {
 
@@ -25,7 +26,7 @@ constexpr std::array<const char*, kHistorySize> kLineNames = {
 }  // namespace
 
 frmHistory& frmHistory::Default() {
-  static frmHistory form;
+  static auto& form = *new frmHistory;  // never destroyed: it would outlive the toolkit
   return form;
 }
 
@@ -54,6 +55,7 @@ void frmHistory::OnUnload() {
 }
 
 void frmHistory::OnResize() {
+  if (frmVordaServer::Default().Minimized()) return;
   auto* picture = Control<QWidget>("Picture1");
   picture->resize(Client()->width() - 2 * picture->x(), picture->height());
   for (const char* name : kLineNames) {

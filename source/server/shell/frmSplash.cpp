@@ -1,6 +1,7 @@
 #include "shell/frmSplash.h"
 
 #include <QCoreApplication>
+#include <QFontInfo>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPixmap>
@@ -49,7 +50,7 @@ constexpr ControlSpec kControls[] = {
 
 void EnlargeFont(QWidget* label, double factor) {
   QFont font = label->font();
-  font.setPointSizeF(font.pointSizeF() * factor);
+  font.setPointSizeF(QFontInfo(font).pointSizeF() * factor);
   font.setBold(true);
   label->setFont(font);
 }
@@ -57,7 +58,7 @@ void EnlargeFont(QWidget* label, double factor) {
 }  // namespace
 
 frmSplash& frmSplash::Default() {
-  static frmSplash form;
+  static auto& form = *new frmSplash;  // never destroyed: it would outlive the toolkit
   return form;
 }
 

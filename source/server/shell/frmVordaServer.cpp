@@ -45,7 +45,7 @@ void ShutDownFeeds() {
 }
 
 frmVordaServer& frmVordaServer::Default() {
-  static frmVordaServer form;
+  static auto& form = *new frmVordaServer;  // never destroyed: it would outlive the toolkit
   return form;
 }
 

@@ -48,7 +48,8 @@ std::string NameFrom(const fs::path& story) {
 // Copies a story from another file system into the folder, under a name that no index lists; the empty path
 // when it can't.
 fs::path CopiedInto(const fs::path& folder, const fs::path& story) {
-  const fs::path copy = folder / ("." + std::to_string(::getpid()) + "-" + story.filename().string());
+  const fs::path copy =
+      folder / (std::string(1, '.') + std::to_string(::getpid()) + "-" + story.filename().string());
   std::error_code error;
   fs::copy_file(story, copy, error);
   errno = error.value();
@@ -60,7 +61,7 @@ bool GiveName(const fs::path& story, const fs::path& folder, const std::string& 
               const std::string& words) {
   fs::path from = story;
   for (int again = 1; again < 1000;) {
-    const std::string count = again == 1 ? "" : "." + std::to_string(again);
+    const std::string count = again == 1 ? std::string() : std::string(1, '.') + std::to_string(again);
     if (RenameWithoutReplacing(from, folder / (stem + count + "-" + words + ".txt"))) {
       std::error_code error;
       return from == story || fs::remove(story, error);

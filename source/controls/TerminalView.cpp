@@ -16,6 +16,7 @@
 
 #include <algorithm>
 
+#include "controls/PlainScrollBar.h"
 #include "controls/TerminalViewAccessible.h"
 #include "platform/Text.h"
 
@@ -41,6 +42,8 @@ TerminalView::TerminalView(QWidget* parent) : QAbstractScrollArea(parent), cells
   setFont(TerminalFont());
   setFocusPolicy(Qt::StrongFocus);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollBar(new PlainScrollBar(this));
+  setAutoFillBackground(true);  // nothing beneath has to be painted first
   viewport()->setCursor(Qt::IBeamCursor);
   viewport()->setAttribute(Qt::WA_OpaquePaintEvent);
   pause_.setSingleShot(true);

@@ -25,7 +25,7 @@ namespace vorda::controls {
 namespace {
 
 constexpr int kMargin = 3;
-constexpr int kPauseMs = 100;
+constexpr int kPauseMs = 125;
 
 QFont TerminalFont() {
   QFont font(QStringLiteral("Courier New"), 10);

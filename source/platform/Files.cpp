@@ -60,7 +60,8 @@ std::uint64_t FreeBytes(const std::string& path) {
     if (separator == std::string::npos || existing == "/") return 0;
     existing.resize(separator == 0 ? 1 : separator);
   }
-  return existing.empty() ? 0 : std::uint64_t{volume.f_bavail} * volume.f_frsize;
+  if (existing.empty()) return 0;
+  return std::uint64_t{volume.f_bavail} * volume.f_frsize;
 }
 
 int RemoveNativeFile(const std::string& path) {

@@ -65,8 +65,29 @@ TEST_F(FeedDailyTools, BlankWindowAndNoIndexProcessingRunNone) {
   const std::string config = WriteConfig(2);
   Start(2, config);
   ASSERT_TRUE(WaitForTicks(2));
-  ASSERT_EQ(processes.started.size(), 1u);
-  EXPECT_EQ(processes.started[0].arguments, std::vector<std::string>{config});
+  EXPECT_EQ(Started(), Programs{"ItemDrop.exe"});
+  now.seconds = 10 * 3600 + 1801.0;
+  ASSERT_TRUE(WaitForTicks(2));
+  EXPECT_EQ(Started(), (Programs{"ItemDrop.exe", "ItemRoll.exe"}));
+  for (const platform::ProcessStart& start : processes.started)
+    EXPECT_EQ(start.arguments, std::vector<std::string>{config});
+}
+
+TEST_F(FeedDailyTools, FeedWithoutACapturePortRunsBothEachInItsHalfOfTheHour) {
+  const std::string config = WriteConfig(1);
+  Record(1).CapturePort = 0;
+  Start(1, config);
+  EXPECT_TRUE(ports->openingsTried().empty());
+  ASSERT_TRUE(WaitForTicks(1));
+  EXPECT_EQ(Started(), Programs{"ItemDrop.exe"});
+  now.seconds = 10 * 3600 + 1800.0;
+  ASSERT_TRUE(WaitForTicks(1));
+  EXPECT_EQ(Started(), Programs{"ItemDrop.exe"});
+  now.seconds = 10 * 3600 + 1801.0;
+  ASSERT_TRUE(WaitForTicks(2));
+  EXPECT_EQ(Started(), (Programs{"ItemDrop.exe", "ItemRoll.exe"}));
+  EXPECT_EQ(processes.started[1].arguments, std::vector<std::string>{config});
+  EXPECT_TRUE(processes.started[1].lowestPriority);
 }
 
 TEST_F(FeedDailyTools, EachFeedHasItsOwnDay) {

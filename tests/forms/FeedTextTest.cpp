@@ -97,6 +97,32 @@ TEST_F(FeedText, TextBehindAnEndCodeIsAStoryOfItsOwn) {
   EXPECT_EQ(stories, (std::vector<std::string>{"One", "\r\n", "Two"}));
 }
 
+TEST_F(FeedText, LineFeedAsStartCodeOpensNothingAndIsBounced) {
+  Start(2, WriteConfig(2, "[StoryDelimiters]\r\nStartChar=10\r\n"));
+  Port(1)->Arrive("\n");
+  EXPECT_EQ(Record(2).StoryFileHandle, 0);
+  Port(1)->Arrive("one\ntwo\x04");
+  EXPECT_EQ(stories, std::vector<std::string>{"onetwo"});
+  EXPECT_EQ(Port(0)->sent(), "\none\ntwo\x04");
+}
+
+TEST_F(FeedText, LineFeedAsEndCodeClosesNothingAndIsBounced) {
+  Start(2, WriteConfig(2, "[StoryDelimiters]\r\nEndChar=10\r\n"));
+  Port(1)->Arrive("\x01one\ntwo\n");
+  EXPECT_TRUE(stories.empty());
+  EXPECT_EQ(ReadWholeFile(Record(2).StoryFileName), "onetwo");
+  EXPECT_EQ(Port(0)->sent(), "\x01one\ntwo\n");
+}
+
+TEST_F(FeedText, LineFeedsAloneGiveAStoryWithoutLineBreaks) {
+  frmWireFeed& form = Start(2);
+  Port(1)->Arrive("\x01First line\nsecond\n\nthird\n");
+  Port(1)->Arrive("\nlast\n\x04\n");
+  EXPECT_EQ(stories, std::vector<std::string>{"First linesecondthirdlast"});
+  EXPECT_EQ(Record(2).StoryFileHandle, 0);
+  EXPECT_EQ(form.txtCapture()->Text(), "\x01First linesecondthirdlast\x04");
+}
+
 TEST_F(FeedText, TextAtSixteenThousandAndOneLosesItsOldestFourThousandAndNinetySix) {
   frmWireFeed& form = Start(2);
   Port(1)->Arrive(std::string(4096, 'a') + std::string(11905, 'b'));

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -51,9 +52,13 @@ class ProbeForm : public controls::Form {
     calls.push_back(cause == CloseCause::Code ? "asked by code" : "asked by the operator");
     return !refuses;
   }
-  void OnUnload() override { calls.push_back("unload"); }
+  void OnUnload() override {
+    calls.push_back("unload");
+    if (atUnload) atUnload();
+  }
 
  public:
+  std::function<void()> atUnload;
   int resizes = 0;
 };
 
@@ -145,6 +150,26 @@ TEST(FormLife, UnloadOfAFormThatIsNotLoadedDoesNothing) {
   form.Unload();
   EXPECT_EQ(form.calls, Calls{});
   EXPECT_FALSE(form.Loaded());
+}
+
+TEST(FormLife, UnloadAskedAgainInsideTheUnloadDoesItsWorkOnce) {
+  ProbeForm form;
+  form.Show();
+  QWidget* window = WindowOf(form);
+  form.atUnload = [&] {
+    form.Unload();
+    EXPECT_TRUE(form.Loaded());
+    window->close();
+    EXPECT_TRUE(form.Loaded());
+  };
+  form.Unload();
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_EQ(form.calls, (Calls{"load", "activate", "unload", "asked by the operator"}));
+  form.atUnload = {};
+  form.Load();
+  form.Unload();
+  EXPECT_FALSE(form.Loaded());
+  EXPECT_EQ(form.calls, (Calls{"load", "activate", "unload", "asked by the operator", "load", "unload"}));
 }
 
 TEST(FormLife, OperatorsCloseUnloads) {

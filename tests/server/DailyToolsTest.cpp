@@ -117,6 +117,16 @@ TEST_F(DailyToolsScenarioTest, StartBetweenTheWindowsRunsTheIndexFirst) {
   EXPECT_EQ(runs_, (std::vector<Run>{{"index", kToday, At(10, 30, 1)}, {"expiry", kToday, At(11, 0, 1)}}));
 }
 
+// A timer doesn't keep to whole seconds: a tick comes on the first one of the index's window.
+TEST_F(DailyToolsScenarioTest, StartAtTwentySixPastRunsNeitherUntilTheFirstSecondBehindHalfPast) {
+  Tick(At(10, 26, 0), At(10, 30, 0));
+  EXPECT_EQ(runs_, std::vector<Run>{});
+  Tick(At(10, 30, 1), At(10, 59, 59));
+  EXPECT_EQ(runs_, (std::vector<Run>{{"index", kToday, At(10, 30, 1)}}));
+  Tick(At(11, 0, 0), At(23, 59, 58));
+  EXPECT_EQ(runs_, (std::vector<Run>{{"index", kToday, At(10, 30, 1)}, {"expiry", kToday, At(11, 0, 0)}}));
+}
+
 TEST_F(DailyToolsScenarioTest, StartAtTwentyToThreeRunsTheIndexAtOnceAndExpiryOnTheHour) {
   Tick(At(14, 40, 0), At(23, 59, 58));
   EXPECT_EQ(runs_, (std::vector<Run>{{"index", kToday, At(14, 40, 0)}, {"expiry", kToday, At(15, 0, 0)}}));

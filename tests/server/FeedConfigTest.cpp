@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <ostream>
@@ -9,6 +10,7 @@
 
 #include "config/Vorda_Common_API.h"
 #include "platform/Desktop.h"
+#include "platform/FileFault.h"
 #include "platform/Settings.h"
 #include "support/FakeDesktop.h"
 #include "support/TempDirectory.h"
@@ -102,6 +104,21 @@ TEST_F(FeedConfigTest, EmptyFileIsTreatedAsMissing) {
   boxes_.Expect(Warning(file_));
   EXPECT_EQ(ReadFeedConfig(1, file_, false), "");
   EXPECT_EQ(gWireFeeds[0].Settings, "");
+}
+
+TEST_F(FeedConfigTest, UnreadableFileIsTreatedAsMissing) {
+  Write("[General]\r\nName=Sport\r\n");
+  gWireFeeds[0].NewsPath = "before";
+  {
+    const platform::ScopedFileFault fault(platform::FileOperation::Stat, EACCES, 1, 1000, "vorda.ini");
+    boxes_.Expect(Warning(file_));
+    EXPECT_EQ(ReadFeedConfig(1, file_, false), "");
+    EXPECT_GT(fault.calls(), 0);
+  }
+  EXPECT_EQ(boxes_.Last().icon, BoxIcon::Critical);
+  EXPECT_EQ(gWireFeeds[0].NewsPath, "before");
+  EXPECT_EQ(gWireFeeds[0].Name, "");
+  EXPECT_EQ(ReadFeedConfig(1, file_, false), file_);
 }
 
 TEST_F(FeedConfigTest, WarningShowsThePathAsGiven) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 #include "config/Vorda_Common_API.h"
+#include "platform/MessageBox.h"
 #include "support/FakeDesktop.h"
 #include "support/TempDirectory.h"
 
@@ -91,6 +93,24 @@ TEST_F(FeedListsTest, ColourIsTheTextsNumericValueRoundedHalfToEven) {
   EXPECT_EQ(feed.Priorities[0].Colour, 0);
   EXPECT_EQ(feed.Priorities[1].Colour, 12);
   EXPECT_EQ(feed.Priorities[2].Colour, 14);
+}
+
+TEST_F(FeedListsTest, ColourHoldsThirtyTwoBits) {
+  const WireFeedRecord& feed = Load("[Priorities]\r\nColour1=2147483647\r\nColour2=-2147483648\r\n");
+  EXPECT_EQ(feed.Priorities[0].Colour, 2147483647);
+  EXPECT_EQ(feed.Priorities[1].Colour, -2147483647 - 1);
+}
+
+TEST_F(FeedListsTest, ColourBeyondThirtyTwoBitsStopsTheProgram) {
+  const platform::ScopedHook toStandardError(platform::MessageBoxHook(),
+                                             [](const platform::BoxRequest& request) {
+                                               std::fputs(request.text.c_str(), stderr);
+                                               return platform::BoxAnswer::Ok;
+                                             });
+  for (const char* colour : {"2147483648", "-2147483649", "1e10"})
+    EXPECT_EXIT(Load("[Priorities]\r\nColour3=" + std::string(colour) + "\r\n"),
+                ::testing::ExitedWithCode(1), "^Run-time error '6':\n\nOverflow$")
+        << colour;
 }
 
 TEST_F(FeedListsTest, FirstTenBulletinTypesBearTheirKeysNames) {

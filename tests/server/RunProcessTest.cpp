@@ -111,6 +111,28 @@ TEST_F(RunProcessTest, BlankInTheProgramsPathIsPartOfIt) {
   EXPECT_EQ(Output(), "1\nx\n");
 }
 
+TEST_F(RunProcessTest, ProgramsTextMayBringArgumentsOfItsOwn) {
+  EXPECT_NE(Run(TellingArguments("tool") + " -v \"two words\"", "/srv/VOR1.RA1|/srv/vorda.ini x"), 0);
+  EXPECT_EQ(Output(), "4\n-v\ntwo words\n/srv/VOR1.RA1|/srv/vorda.ini\nx\n");
+}
+
+TEST_F(RunProcessTest, ProgramInQuotationMarksStartsWithAndWithoutArgumentsOfItsOwn) {
+  std::filesystem::create_directory(directory_ / "my tools");
+  const std::string quoted = "\"" + TellingArguments("my tools/Item File") + "\"";
+  EXPECT_NE(Run(quoted, "x y"), 0);
+  EXPECT_EQ(Output(), "2\nx\ny\n");
+  std::filesystem::remove(out_);
+  EXPECT_NE(Run(quoted + " -v", "x"), 0);
+  EXPECT_EQ(Output(), "2\n-v\nx\n");
+}
+
+TEST_F(RunProcessTest, ProgramThatIsThereAsAWholeComesFirst) {
+  Program("tool", "echo up to the blank");
+  Program("tool one", "echo whole");
+  EXPECT_NE(Run(directory_ / "tool one", "x"), 0);
+  EXPECT_EQ(Output(), "whole\n");
+}
+
 TEST_F(RunProcessTest, ExeThatIsNotThereIsTriedWithoutItsSuffix) {
   TellingArguments("ItemFile");
   EXPECT_NE(Run(directory_ / "ItemFile.exe", "x"), 0);
@@ -141,6 +163,8 @@ TEST_F(RunProcessTest, WhatCannotBeStartedAnswersZeroWithoutAWord) {
     EXPECT_EQ(Run(directory_ / "text", "x", waitMode), 0);
     EXPECT_EQ(Run(directory_.path(), "x", waitMode), 0);
     EXPECT_EQ(Run("", "x", waitMode), 0);
+    EXPECT_EQ(Run(" ", "", waitMode), 0);
+    EXPECT_EQ(Run("\"" + (directory_ / "missing tool") + "\" -v", "x", waitMode), 0);
   }
   EXPECT_EQ(information_.processId, 0);
   EXPECT_EQ(platform::RunningProcessCount(), 0);

@@ -34,9 +34,11 @@ std::int32_t RunProcess(const std::string& program, const std::string& arguments
   if (!started && program.find_first_of(" \"") != std::string::npos) {
     // A program with arguments of its own, or in quotation marks.
     start.arguments = platform::SplitArguments(program + " " + arguments);
-    start.program = platform::NativePath(start.arguments.front());
-    start.arguments.erase(start.arguments.begin());
-    started = platform::StartProcess(start, information);
+    if (!start.arguments.empty()) {
+      start.program = platform::NativePath(start.arguments.front());
+      start.arguments.erase(start.arguments.begin());
+      started = platform::StartProcess(start, information);
+    }
   }
   if (started && waitMode == kWaitYielding) WaitForEnd(information, QEventLoop::AllEvents);
   if (started && waitMode == kWaitBlocking) WaitForEnd(information, QEventLoop::ExcludeUserInputEvents);

@@ -116,11 +116,11 @@ TEST_F(FeedText, LineFeedAsEndCodeClosesNothingAndIsBounced) {
 
 TEST_F(FeedText, LineFeedsAloneGiveAStoryWithoutLineBreaks) {
   frmWireFeed& form = Start(2);
-  Port(1)->Arrive("\x01First line\nsecond\n\nthird\n");
+  Port(1)->Arrive("\x01One line\nsecond\n\nthird\n");
   Port(1)->Arrive("\nlast\n\x04\n");
-  EXPECT_EQ(stories, std::vector<std::string>{"First linesecondthirdlast"});
+  EXPECT_EQ(stories, std::vector<std::string>{"One linesecondthirdlast"});
   EXPECT_EQ(Record(2).StoryFileHandle, 0);
-  EXPECT_EQ(form.txtCapture()->Text(), "\x01First linesecondthirdlast\x04");
+  EXPECT_EQ(form.txtCapture()->Text(), "\x01One linesecondthirdlast\x04");
 }
 
 TEST_F(FeedText, TextAtSixteenThousandAndOneLosesItsOldestFourThousandAndNinetySix) {

@@ -108,8 +108,8 @@ TEST_F(FeedListsTest, ColourBeyondThirtyTwoBitsStopsTheProgram) {
                                                return platform::BoxAnswer::Ok;
                                              });
   for (const char* colour : {"2147483648", "-2147483649", "1e10"})
-    EXPECT_EXIT(Load("[Priorities]\r\nColour3=" + std::string(colour) + "\r\n"),
-                ::testing::ExitedWithCode(1), "^Run-time error '6':\n\nOverflow$")
+    EXPECT_EXIT(Load("[Priorities]\r\nColour3=" + std::string(colour) + "\r\n"), ::testing::ExitedWithCode(1),
+                "^Run-time error '6':\n\nOverflow$")
         << colour;
 }
 

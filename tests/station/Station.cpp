@@ -1,5 +1,6 @@
 #include "station/Station.h"
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "support/EventLoop.h"
@@ -46,15 +47,25 @@ void Station::WriteIniAs(const std::string& name) {
 }
 
 void Station::Start(const std::vector<std::string>& arguments, Screen screen) {
-  std::vector<std::string> command = {"env",
-                                      "-i",
-                                      "PATH=/usr/bin:/bin",
-                                      "HOME=" + Home(),
-                                      "XDG_RUNTIME_DIR=" + Home(),
-                                      "VORDA_HOME=" + Home()};
-  if (screen == Screen::Offscreen) command.emplace_back("QT_QPA_PLATFORM=offscreen");
-  command.push_back(BuiltProgram("vdserver"));
-  command.insert(command.end(), arguments.begin(), arguments.end());
+  std::vector<std::string> environment;
+  if (screen == Screen::Offscreen) environment.emplace_back("QT_QPA_PLATFORM=offscreen");
+  StartWith(environment, {}, arguments);
+}
+
+void Station::StartWith(const std::vector<std::string>& environment, const std::vector<std::string>& before,
+                        const std::vector<std::string>& arguments) {
+  std::vector<std::string> command = before;
+  const auto append = [&command](const std::vector<std::string>& words) {
+    command.insert(command.end(), words.begin(), words.end());
+  };
+  append({"env", "-i", "--default-signal=PIPE", "PATH=/usr/bin:/bin", "HOME=" + Home(),
+          "XDG_RUNTIME_DIR=" + Home(), "VORDA_HOME=" + Home()});
+  // What a build with sanitizers is to do is the test run's affair.
+  for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"})
+    if (const char* value = std::getenv(name)) append({std::string(name) + "=" + value});
+  append(environment);
+  append({BuiltProgram("vdserver")});
+  append(arguments);
   server_ = std::make_unique<Program>(command);
 }
 

@@ -30,6 +30,9 @@ class Station {
 
   // Starts the server.
   void Start(const std::vector<std::string>& arguments = {}, Screen screen = Screen::Offscreen);
+  // Starts it with further words "NAME=value" in its environment, by the command `before` if there is one.
+  void StartWith(const std::vector<std::string>& environment, const std::vector<std::string>& before = {},
+                 const std::vector<std::string>& arguments = {});
   // Connects to a feed's status port, waiting until it listens and has said its block; false when it never
   // does.
   bool Connect(StatusClient& client, int soundCard = 0);

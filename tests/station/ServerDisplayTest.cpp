@@ -1,0 +1,134 @@
+// The real program and its screen: one that goes, one that can't be reached, none at all, and a standard
+// error that nobody reads.
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <memory>
+#include <string>
+
+#include "station/Station.h"
+#include "support/EventLoop.h"
+
+namespace vorda::test {
+namespace {
+
+// A display of the test's own, on a number that nobody else has.
+class Display {
+ public:
+  Display() {
+    server_ = std::make_unique<Program>(std::vector<std::string>{
+        "sh", "-c", "exec Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp -noreset 3>\"$0\"",
+        directory_ / "number"});
+    EXPECT_TRUE(WaitUntil([this] { return !server_->Runs() || Text().ends_with('\n'); }, 20000));
+    EXPECT_TRUE(server_->Runs()) << server_->output();
+  }
+  ~Display() { End(); }
+  Display(const Display&) = delete;
+  Display& operator=(const Display&) = delete;
+
+  std::string Name() const {
+    const std::string text = Text();
+    return ":" + text.substr(0, text.find('\n'));
+  }
+  void End() {
+    server_->Signal(SIGTERM);
+    EXPECT_NE(server_->ExitCode(), -1);
+  }
+
+ private:
+  std::string Text() const { return ReadWholeFile(directory_ / "number"); }
+
+  TempDirectory directory_;
+  std::unique_ptr<Program> server_;
+};
+
+TEST(ServerDisplay, LostOneEndsItWithOne) {
+  Display display;
+  Station station;
+  station.AddFeed(1, "CapturePort=1\r\n");
+  station.StartWith({"DISPLAY=" + display.Name()});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client)) << station.Server().output();
+  ASSERT_TRUE(station.com1->Write("\x01half a story"));
+  ASSERT_TRUE(WaitUntil([&] {
+    const std::vector<std::string> files = station.StoryFiles(1);
+    return files.size() == 1 && ReadWholeFile(files[0]) == "half a story";
+  }));
+  display.End();
+  EXPECT_EQ(station.Server().ExitCode(), 1) << station.Server().output();
+  EXPECT_TRUE(client.WaitForEnd());
+  ASSERT_EQ(station.StoryFiles(1).size(), 1u);
+  EXPECT_EQ(ReadWholeFile(station.StoryFiles(1)[0]), "half a story");
+}
+
+// Feed 2's warning waits for an operator, who isn't there.
+TEST(ServerDisplay, LostOneEndsItWithOneBehindABox) {
+  Display display;
+  Station station;
+  station.AddFeed(1, "");
+  station.AddFeed(2, "", "");
+  station.StartWith({"DISPLAY=" + display.Name()});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client)) << station.Server().output();
+  display.End();
+  EXPECT_EQ(station.Server().ExitCode(), 1) << station.Server().output();
+}
+
+TEST(ServerDisplay, SignalEndsItWithZero) {
+  const Display display;
+  Station station;
+  station.AddFeed(1, "");
+  station.StartWith({"DISPLAY=" + display.Name()});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client)) << station.Server().output();
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0) << station.Server().output();
+}
+
+TEST(ServerDisplay, OneThatCannotBeReachedEndsItWithOneAndALine) {
+  Station station;
+  station.AddFeed(1, "");
+  station.StartWith({"DISPLAY=:47110"});
+  EXPECT_EQ(station.Server().ExitCode(), 1);
+  EXPECT_NE(station.Server().output().find("could not connect to display :47110\n"), std::string::npos)
+      << station.Server().output();
+}
+
+TEST(ServerWithoutDisplay, EmptyNamesOfOneAreNone) {
+  Station station;
+  station.AddFeed(1, "");
+  station.StartWith({"DISPLAY=", "WAYLAND_DISPLAY=", "QT_QPA_PLATFORM="});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client)) << station.Server().output();
+  const std::string output = station.Server().output();
+  EXPECT_NE(output.find("no display"), std::string::npos) << output;
+  EXPECT_EQ(output.find('\n'), output.size() - 1) << output;
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0);
+}
+
+// Feed 1's warning and feed 3's go to a pipe whose reader has gone.
+TEST(ServerWithoutDisplay, StandardErrorThatNobodyReadsDoesNotEndIt) {
+  const TempDirectory directory;
+  const std::string pipe = directory / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  Station station;
+  station.AddFeed(1, "", "");
+  station.AddFeed(2, "CapturePort=1\r\nSoundCard=2\r\n");
+  station.AddFeed(3, "", "");
+  station.AddFeed(4, "SoundCard=4\r\n");
+  station.StartWith({}, {"sh", "-c", "exec 3<>\"$0\" 2>\"$0\" 3>&-; exec \"$@\"", pipe});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client, 4));
+  ASSERT_TRUE(station.com1->Write("\x01Story\x04"));
+  ASSERT_TRUE(station.WaitForStories(1));
+  EXPECT_EQ(station.Stories().at(0).text, "Story");
+  EXPECT_EQ(station.Server().output(), "");
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0);
+}
+
+}  // namespace
+}  // namespace vorda::test

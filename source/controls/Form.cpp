@@ -1,6 +1,7 @@
 #include "controls/Form.h"
 
 #include <QEvent>
+#include <QKeyEvent>
 #include <QWindow>
 
 #include "controls/Twips.h"
@@ -65,12 +66,15 @@ void Form::Hide() {
   if (Loaded()) host_->hide();
 }
 
-void Form::StandAbove(const Form& other) {
-  if (!Loaded() || !other.Loaded()) return;
+void Form::SetOwner(const Form& owner) {
+  if (!owner.Loaded()) return;
+  Load();
+  host_->winId();  // makes the system's window, which alone can belong to another
+  host_->windowHandle()->setTransientParent(owner.host_->window()->windowHandle());
   // The window system asks who belongs to whom when a window comes up, and only then: raising it loses
   // against a window that is just coming up.
+  if (!host_->isVisible()) return;
   host_->hide();
-  if (QWindow* window = host_->windowHandle()) window->setTransientParent(other.host_->windowHandle());
   host_->show();
 }
 
@@ -169,7 +173,9 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
     return true;
   }
   if (watched == client_ && event->type() == QEvent::Resize) OnResize();
-  return false;
+  if (watched == host_ && event->type() == QEvent::WindowDeactivate) OnDeactivate();
+  return watched == host_ && event->type() == QEvent::KeyPress &&
+         OnKeyPress(static_cast<QKeyEvent*>(event)->key());
 }
 
 }  // namespace vorda::controls

@@ -39,8 +39,9 @@ class Form : public QObject {
   virtual void Show();
   void Hide();
   bool Visible() const;
-  // Shows this window anew, above another form's, if both are loaded.
-  void StandAbove(const Form& other);
+  // Has this window stand above another form's, from now on if it is up, and be reachable while that one is
+  // modal.
+  void SetOwner(const Form& owner);
 
   // A text of the form's users; empty on a form that has just been loaded.
   const std::string& Tag();
@@ -82,6 +83,9 @@ class Form : public QObject {
   virtual void BuildControls(QWidget* client) = 0;
   virtual void OnLoad() {}
   virtual void OnActivate() {}
+  virtual void OnDeactivate() {}
+  // A key that no control has taken. True when the form takes it.
+  virtual bool OnKeyPress(int) { return false; }
   virtual void OnResize() {}
   // False refuses the closing.
   virtual bool OnQueryUnload(CloseCause) { return true; }

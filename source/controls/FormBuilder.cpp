@@ -5,6 +5,7 @@
 
 #include "controls/Panels.h"
 #include "controls/TerminalView.h"
+#include "controls/TextBox.h"
 #include "controls/Twips.h"
 
 namespace vorda::controls {
@@ -34,6 +35,8 @@ QWidget* MakeControl(const ControlSpec& spec, QWidget* parent) {
       return MakeLabel(spec, parent);
     case ControlKind::Frame:
       return new QGroupBox(QString::fromLatin1(spec.caption), parent);
+    case ControlKind::TextBox:
+      return new TextBox(parent);
     case ControlKind::TextView:
       return new TerminalView(parent);
     case ControlKind::Panel:

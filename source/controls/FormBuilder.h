@@ -11,6 +11,7 @@ namespace vorda::controls {
 enum class ControlKind {
   Label,       // CaptionLabel
   Frame,       // QGroupBox
+  TextBox,     // TextBox
   TextView,    // TerminalView
   Panel,       // Panel
   FloodPanel,  // FloodPanel

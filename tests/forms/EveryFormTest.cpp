@@ -10,6 +10,7 @@
 #include <set>
 
 #include "controls/TerminalView.h"
+#include "shell/frmGoodInputBox.h"
 #include "shell/frmHistory.h"
 #include "shell/frmSplash.h"
 #include "support/FeedWindows.h"
@@ -27,6 +28,11 @@ const FormCase kForms[] = {
     {"frmWireFeed", "lblConfigFile", []() -> controls::Form& { return FeedForm(1); }},
     {"frmHistory", "Picture1", []() -> controls::Form& { return frmHistory::Default(); }},
     {"frmSplash", "cmdOK", []() -> controls::Form& { return frmSplash::Default(); }},
+    {"frmGoodInputBox", "Text1",
+     []() -> controls::Form& {
+       frmGoodInputBox::Default().Ask("New title for cart 1234 :", "Rename cart", "Morning news", 60);
+       return frmGoodInputBox::Default();
+     }},
 };
 
 void PrintTo(const FormCase& test, std::ostream* out) {

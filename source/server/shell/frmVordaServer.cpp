@@ -114,7 +114,7 @@ void frmVordaServer::OnLoad() {
   ReadOSVersion();
   if (!ResolveIniFileName()) platform::EndProgram(kExitBadCommandLine);
   Show();
-  frmSplash::Default().StandAbove(*this);
+  frmSplash::Default().SetOwner(*this);
   gDefaultWaveFormat = {platform::kWaveFormatPcm, 1, 44100, 0, 0, 16, 0, 0};
   frmHistory::Default().Show();
   if (ReadServerConfig() != 0) ShutDown();

@@ -27,7 +27,7 @@ from demo_parts.checks import (
 from demo_parts.filed import everything_filed, filed_files
 from demo_parts.programs import Program, wait_until
 from demo_parts.screen import Screen, choose_screen, has_display
-from demo_parts.station import DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
+from demo_parts.station import DISCARD_SIZE, DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
 from demo_parts.status import PRINTING, StatusTerminal
 from demo_parts.wire import BounceReader, Wire
 
@@ -190,6 +190,8 @@ class Demo:
         for wire in self.wires:
             tell(f"Line {wire.feed.number}: {wire.summary()}")
         tell(f"Stories: {totals.sent} sent, {totals.filed} filed, {totals.missing} missing, {totals.unexpected} unexpected")
+        tell(f"({totals.discarded} pieces of fewer than {DISCARD_SIZE} bytes were discarded by the tool, as its configuration says;")
+        tell(" what came behind the last story is still open, in a file of its own.)")
         for fault in self.faults:
             tell(f"WRONG: {fault}")
         if self.faults:

@@ -23,12 +23,14 @@ class Totals:
     filed: int = 0
     missing: int = 0
     unexpected: int = 0
+    discarded: int = 0  # pieces that the story tool throws away: line ends between the stories, and the shortest stories
 
 
 def check_stories(feed: Feed, totals: Totals) -> list[str]:
     wanted = expectation_of(feed, feed.plan).filed(DISCARD_SIZE)
     found = compare(feed, wanted)
     totals.sent += len(wanted)
+    totals.discarded += len(expectation_of(feed, feed.plan).stories) - len(wanted)
     totals.filed += len(filed_files(feed))
     totals.missing += len(found.missing)
     totals.unexpected += len(found.unexpected)

@@ -45,8 +45,12 @@ What it tells
   --verbose            one line a story
   --help               this text
 
+Examples
+  vdwire --port /dev/ttyUSB1 --settings 9600,n,8,1 --noise --loop 0 --verbose tests/data/wire/soh-etx
+  vdwire --pty /tmp/line --framing soh-eot --pace 0 tests/data/wire/soh-eot
+
 Interrupted (^C) it stops at once and sums up. Exit code: 0 all sent, 1 the line is gone or a file can't be
-read or written, 2 wrong arguments, 130 interrupted before the end.
+read or written, 2 wrong arguments, 130 interrupted before the end (an endless loop has none: 0).
 )";
 
 std::optional<Framing> ParseFraming(std::string_view text) {
@@ -125,7 +129,9 @@ const std::map<std::string, bool Arguments::*, std::less<>>& Switches() {
 std::string Contradiction(const Arguments& arguments) {
   if (arguments.help) return "";
   if (arguments.port.empty() == arguments.ptyLink.empty()) return "give one of --port and --pty";
-  if (arguments.rawFile.empty() == arguments.stories.empty()) return "give stories or --raw, not both";
+  if (arguments.rawFile.empty() && arguments.stories.empty())
+    return "nothing to send: give stories, or --raw FILE";
+  if (!arguments.rawFile.empty() && !arguments.stories.empty()) return "give stories or --raw, not both";
   if (!arguments.rawFile.empty() && (arguments.drop > 0 || arguments.noise)) {
     return "--raw plays the stream as it is: --drop and --noise do not go with it";
   }

@@ -120,6 +120,11 @@ BoxAnswer AnswerUnattended(const BoxRequest& request) {
   return platform::RefusalOf(request.buttons);
 }
 
+std::string CancelUnattended(const platform::FolderRequest& request) {
+  WriteToStandardError(request.title + ": nobody is there to choose, so it counts as cancelled");
+  return {};
+}
+
 // A folder whose name the code page can't hold would be lost in the INI file: the operator is told and asked
 // again.
 std::string ShowFolderPicker(const platform::FolderRequest& request) {
@@ -146,8 +151,7 @@ void ShowPointer(platform::Pointer pointer) {
 void InstallDesktop(Operator who) {
   const bool present = who == Operator::Present;
   platform::MessageBoxHook().Swap(present ? ShowBox : AnswerUnattended);
-  platform::FolderPickerHook().Swap(present ? ShowFolderPicker
-                                            : [](const platform::FolderRequest&) { return std::string(); });
+  platform::FolderPickerHook().Swap(present ? ShowFolderPicker : CancelUnattended);
   platform::PointerHook().Swap(ShowPointer);
   platform::BeepHook().Swap([] { QApplication::beep(); });
 }

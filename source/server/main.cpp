@@ -25,7 +25,9 @@ QtMessageHandler gToolkitMessages = nullptr;
 // The offscreen platform says each time what it can't do; of what is told on standard error nothing is to be
 // missed among that.
 void TellToolkitMessage(QtMsgType type, const QMessageLogContext& context, const QString& message) {
-  if (message.startsWith(QLatin1String("This plugin does not support"))) return;
+  for (const char* noise : {"This plugin does not support", "QStandardPaths: XDG_RUNTIME_DIR"}) {
+    if (message.startsWith(QLatin1String(noise))) return;
+  }
   gToolkitMessages(type, context, message);
   // A display that can't be reached: told, and the end, without the picture of a crash.
   if (type == QtFatalMsg) vorda::platform::EndProgram(1);

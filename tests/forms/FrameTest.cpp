@@ -206,6 +206,38 @@ TEST_F(FrameDeathTest, ThirdFeedIsReachedByScrolling) {
   });
 }
 
+TEST_F(FrameDeathTest, StartLeavesTheFirstFeedInViewHoweverManyFollow) {
+  WriteIni({1, 2, 3, 4});
+  ExpectHoldsOnceStarted([] {
+    RunPendingEvents();
+    EXPECT_EQ(FeedForm(1).Left(), 0);
+  });
+}
+
+TEST_F(FrameDeathTest, WindowMenuBringsAFeedBeyondTheEdgeIntoView) {
+  WriteIni({1, 2, 3, 4});
+  ExpectHoldsOnceStarted([] {
+    RunPendingEvents();
+    EXPECT_GT(FeedForm(4).Left(), Server().ClientWidth());
+    WindowMenu()->actions().at(4)->trigger();
+    EXPECT_EQ(gActiveFeed, 4);
+    EXPECT_GE(FeedForm(4).Left(), 0);
+    EXPECT_LE(FeedForm(4).Left() + FeedForm(4).Width(), Server().ClientWidth());
+  });
+}
+
+TEST_F(FrameDeathTest, FeedReachedByKeyBeyondTheEdgeComesIntoView) {
+  WriteIni({1, 2, 3, 4});
+  ExpectHoldsOnceStarted([] {
+    auto* area = MainWindow()->findChild<QMdiArea*>();
+    WindowMenu()->actions().at(1)->trigger();
+    RunPendingEvents();
+    area->setActiveSubWindow(qobject_cast<QMdiSubWindow*>(ChildWindowOf(FeedForm(4).lblConfigFile())));
+    EXPECT_EQ(gActiveFeed, 4);
+    EXPECT_LE(FeedForm(4).Left() + FeedForm(4).Width(), Server().ClientWidth());
+  });
+}
+
 TEST_F(FrameDeathTest, MinimizedFrameLeavesTheHistoryWhereItIs) {
   WriteIni({1});
   ExpectHoldsOnceStarted([] {

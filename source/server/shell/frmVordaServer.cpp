@@ -5,8 +5,9 @@
 #include <QMdiSubWindow>
 #include <QMenuBar>
 #include <QScreen>
+#include <QScrollBar>
 
-#include <memory>
+#include <algorithm>
 
 #include "config/ServerConfig.h"
 #include "controls/ChildForm.h"
@@ -38,6 +39,23 @@ constexpr MenuEntry kMenuEntries[] = {
     {"&File", "mnuExit", "E&xit", [] { frmVordaServer::Default().Unload(); }},
 };
 
+// How far the view has to move for a stretch to be seen; its beginning where it is longer than the view.
+int DistanceIntoView(int begin, int end, int view) {
+  if (begin < 0) return begin;
+  return end > view ? std::min(begin, end - view) : 0;
+}
+
+// A third and fourth feed window stand beyond the frame's edge: whoever asks for one by name or by key wants
+// to see it.
+void BringIntoView(const QMdiArea* area, const QMdiSubWindow* window) {
+  const QRect place = window->geometry();
+  const QSize view = area->viewport()->size();
+  QScrollBar* across = area->horizontalScrollBar();
+  QScrollBar* down = area->verticalScrollBar();
+  across->setValue(across->value() + DistanceIntoView(place.left(), place.right() + 1, view.width()));
+  down->setValue(down->value() + DistanceIntoView(place.top(), place.bottom() + 1, view.height()));
+}
+
 }  // namespace
 
 void ShutDownFeeds() {
@@ -68,6 +86,12 @@ QWidget* frmVordaServer::MakeClient(QWidget*) {
 
 void frmVordaServer::BuildControls(QWidget*) {
   controls::SetChildArea(area_);
+  // A click is made on what is seen; what was out of sight was reached by key. While the start places the
+  // feeds nothing moves.
+  QObject::connect(area_, &QMdiArea::subWindowActivated, area_, [this](const QMdiSubWindow* window) {
+    const bool outOfSight = window != nullptr && !window->geometry().intersects(area_->viewport()->rect());
+    if (started_ && outOfSight) BringIntoView(area_, window);
+  });
   BuildMenus(static_cast<QMainWindow*>(Host()));
   SetText("Halvorn Vorda Server");
   FrameAreaHook().Swap([this] {
@@ -104,6 +128,7 @@ void frmVordaServer::ListChildWindows(QMenu* menu) {
     QObject::connect(action, &QAction::triggered, window, [this, window] {
       if (window->isMinimized()) window->showNormal();
       area_->setActiveSubWindow(window);
+      BringIntoView(area_, window);
     });
   }
 }
@@ -119,6 +144,7 @@ void frmVordaServer::OnLoad() {
   frmHistory::Default().Show();
   if (ReadServerConfig() != 0) ShutDown();
   frmSplash::Default().Unload();
+  started_ = true;
 }
 
 // Only the history window follows the frame; feed windows keep their place and size.

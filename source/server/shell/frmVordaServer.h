@@ -37,6 +37,7 @@ class frmVordaServer : public controls::Form {
   void ListChildWindows(QMenu* menu);
 
   QMdiArea* area_ = nullptr;
+  bool started_ = false;  // the start-up is over
 };
 
 }  // namespace vorda

@@ -60,7 +60,8 @@ void frmWireFeed::MakeDevices(QWidget* client) {
     return feed == nullptr ? StatusPortState{}
                            : StatusPortState{feed->Name, feed->LastRecordedCartNumber, CurrentRecordCart};
   });
-  // Enabled from the start; on a window without a feed number they find nothing to do.
+  // All three tick from the start. The story tools' finds nothing to do on a window without a feed number,
+  // the audio's two as long as the feed takes no audio in.
   devices_.timerIndexLogs = new platform::ReentrantTimer(
       kIndexLogsInterval, [this] { timerIndexLogs_Timer(); }, client);
   devices_.timerRecordMonitor = new platform::ReentrantTimer(
@@ -167,7 +168,7 @@ void frmWireFeed::sendWinSockMessage(std::string_view msg) {
   if (devices_.winSockAudio) devices_.winSockAudio->Send(msg);
 }
 
-// Nothing but a recording under way can be ended.
+// The feed takes no audio in yet, so no recording can be under way.
 std::int32_t frmWireFeed::EndRecording() {
   return 0;
 }

@@ -40,9 +40,10 @@ std::vector<std::pair<std::string, std::string>> ReadProfileSection(std::string_
 // section at the file's end, with CR LF; every other byte stays. The file is made when missing, its directory
 // is not (but WindowsDirectory() is). Written whole in one step: temporary file, fdatasync, rename, owner and
 // mode kept, links followed; in place where the directory refuses. A file that holds the line already is left
-// alone. Other programs' changes are kept: the file is read afresh under a lock (flock). A value ends at its
-// first line feed. False on failure, which no caller reports, and for names that no INI file can hold ("=" in
-// a key, "]" in a section).
+// alone. Other programs' changes are kept: the file is read afresh under a lock (flock) and looked at again
+// before it is replaced. What others hold up is waited for a tenth of a second at most. A value ends at its
+// first line feed and loses the CRs at its end. False on failure, which no caller reports, and for names that
+// no INI file can hold ("=" in a key, "]" in a section).
 bool WriteProfileString(std::string_view section, std::string_view key, std::string_view value,
                         std::string_view file);
 

@@ -6,9 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <chrono>
 #include <filesystem>
-#include <memory>
 #include <system_error>
 
 #include "platform/Descriptor.h"
@@ -20,10 +19,35 @@
 namespace vorda::platform {
 namespace {
 
-constexpr int kMostTries = 1000;
-// A writer holds the lock for some milliseconds. One that hangs must not hold up the server: after this the
-// change is made without the lock.
-constexpr int kLockWaitMilliseconds = 2000;
+// What one change may wait in all: the interface thread stands still meanwhile, and serial input and the
+// level's ticks wait behind it. A lock is held for less than a millisecond as a rule.
+constexpr std::chrono::milliseconds kPatience(150);
+// Of this, what is given to a tool that may be in the midst of writing a file that holds something.
+constexpr std::chrono::milliseconds kSettling(50);
+// How often others may change the file between our look and our step.
+constexpr int kMostConflicts = 20;
+
+class Patience {
+ public:
+  // Waits a moment; false, without waiting, when so much has been waited already.
+  bool Wait(std::chrono::milliseconds most) {
+    constexpr timespec kMoment{0, 200'000};
+    if (waited_ >= most) return false;
+    const auto start = std::chrono::steady_clock::now();
+    ::nanosleep(&kMoment, nullptr);
+    waited_ += std::chrono::steady_clock::now() - start;
+    return true;
+  }
+
+ private:
+  std::chrono::steady_clock::duration waited_{};
+};
+
+// The file that this program wrote last, as it left it.
+FileStamp leftBehind;
+
+// The file whose lock wasn't given back in time, as it was then. A dialog with many keys waits for it once.
+FileStamp hungLock;
 
 bool IsPlainFile(const struct stat& status) {
   return S_ISREG(status.st_mode);
@@ -48,13 +72,26 @@ std::optional<std::string> ReadAll(const Descriptor& file) {
   return bytes;
 }
 
-// A share that knows no locks answers with an error: then there is nothing to wait for.
-void LockBriefly(const Descriptor& file) {
-  constexpr timespec kMillisecond{0, 1'000'000};
-  for (int waited = 0; waited < kLockWaitMilliseconds; ++waited) {
-    if (::flock(file.number(), LOCK_EX | LOCK_NB) == 0 || (errno != EWOULDBLOCK && errno != EINTR)) return;
-    ::nanosleep(&kMillisecond, nullptr);
+// False when the lock can't be had in time. A share that knows no locks answers with an error: then there is
+// nothing to wait for.
+bool Lock(const Descriptor& file, const FileStamp& stamp, Patience& patience) {
+  while (::flock(file.number(), LOCK_EX | LOCK_NB) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
+    if (stamp == hungLock) return false;
+    if (patience.Wait(kPatience)) continue;
+    hungLock = stamp;
+    return false;
   }
+  if (stamp == hungLock) hungLock = {};
+  return true;
+}
+
+// How long it is waited for another program that may be writing the file in place just now, and whose other
+// half is still to come. What we left is whole; an empty file is waited for longest, since of it all would be
+// lost.
+std::chrono::milliseconds TimeToSettle(const FileStamp& stamp) {
+  if (stamp == leftBehind) return {};
+  if (stamp.size == 0) return kPatience;
+  return IsSettled(stamp) ? std::chrono::milliseconds() : kSettling;
 }
 
 struct OpenedProfile {
@@ -73,34 +110,66 @@ OpenedProfile OpenOrMake(const std::string& path) {
   return {OpenFile(path, kFlags | O_CREAT), false};
 }
 
-bool HoldsAlready(const Descriptor& file, const ProfileChange& change) {
-  const std::optional<std::string> bytes = ReadAll(file);
-  return bytes && change(*bytes) == bytes;
+// Takes a file away again that was made for nothing, unless another has begun to use it.
+void RemoveEmpty(const std::string& path, const Descriptor& file, const struct stat& status,
+                 Patience& patience) {
+  struct stat now {};
+  if (Lock(file, StampOf(status), patience) && ::stat(path.c_str(), &now) == 0 &&
+      now.st_dev == status.st_dev && now.st_ino == status.st_ino && now.st_size == 0) {
+    ::unlink(path.c_str());
+  }
 }
 
-enum class Outcome { Done, Failed, Again };
+enum class Outcome { Done, Failed, Changed, Unsettled };
 
-// One try. Again when another writer has put a new file in place while this one waited for the lock.
-Outcome TryToChange(const std::string& path, const ProfileChange& change) {
-  const OpenedProfile opened = OpenOrMake(path);
-  struct stat held {};
-  if (!opened.file.isOpen() || ::fstat(opened.file.number(), &held) != 0 || !IsPlainFile(held))
-    return Outcome::Failed;
-  // A dialog writes all its keys, of which most stand already: no lock for these.
-  if (HoldsAlready(opened.file, change)) return Outcome::Done;
-  LockBriefly(opened.file);
-  struct stat named {};
-  if (::stat(path.c_str(), &named) != 0 || held.st_dev != named.st_dev || held.st_ino != named.st_ino) {
-    return Outcome::Again;
+// A file that was read to be changed.
+struct ReadProfile {
+  const std::string& path;
+  const OpenedProfile& opened;
+  const struct stat& status;
+  const std::string& bytes;
+};
+
+// The lock is taken for the last look and the step behind it alone, and with it nobody's change is lost: a
+// writer who comes second finds another file. Only a change in place holds it while the disk is waited for.
+Standing StandingOf(const ReadProfile& read, Patience& patience) {
+  if (!Lock(read.opened.file, StampOf(read.status), patience)) return Standing::Taken;
+  const bool asRead = StampOf(read.path) == StampOf(read.status) && ReadAll(read.opened.file) == read.bytes;
+  return asRead ? Standing::AsRead : Standing::Changed;
+}
+
+Outcome Replace(const ReadProfile& read, const std::string& changed, Patience& patience, bool inHaste) {
+  const std::function<Standing()> standing = [&] { return StandingOf(read, patience); };
+  const NewContents contents = {read.bytes, changed, standing, inHaste};
+  switch (ReplaceFile(read.path, read.opened.file, read.status, contents)) {
+    case Replacement::Changed:
+      return Outcome::Changed;
+    case Replacement::Done:
+      leftBehind = StampOf(read.path).value_or(FileStamp());
+      return Outcome::Done;
+    case Replacement::Failed:
+      break;
   }
-  // The status again: size and mode may have changed during the wait.
-  if (::fstat(opened.file.number(), &held) != 0) return Outcome::Failed;
+  return Outcome::Failed;
+}
+
+// One try. Changed when another writer has changed the file meanwhile, Unsettled when one may be about to.
+Outcome TryToChange(const std::string& path, const ProfileChange& change, Patience& patience, bool inHaste) {
+  const OpenedProfile opened = OpenOrMake(path);
+  struct stat status {};
+  if (!opened.file.isOpen() || ::fstat(opened.file.number(), &status) != 0 || !IsPlainFile(status))
+    return Outcome::Failed;
   const std::optional<std::string> bytes = ReadAll(opened.file);
   const std::optional<std::string> changed = bytes ? change(*bytes) : std::nullopt;
   if (changed && *changed == *bytes) return Outcome::Done;
-  if (changed && ReplaceFile(path, opened.file, held, *bytes, *changed)) return Outcome::Done;
-  if (opened.made) ::unlink(path.c_str());
-  return Outcome::Failed;
+  const FileStamp stamp = StampOf(status);
+  if (changed && !opened.made && patience.Wait(TimeToSettle(stamp))) return Outcome::Unsettled;
+  // Under a lock that hangs not so much as a temporary file is written.
+  const bool possible = changed && (stamp != hungLock || Lock(opened.file, stamp, patience));
+  const Outcome outcome =
+      possible ? Replace({path, opened, status, *bytes}, *changed, patience, inHaste) : Outcome::Failed;
+  if (outcome == Outcome::Failed && opened.made) RemoveEmpty(path, opened.file, status, patience);
+  return outcome;
 }
 
 }  // namespace
@@ -129,10 +198,15 @@ bool ChangeProfile(std::string_view file, const ProfileChange& change) {
   }
   const std::string path = ProfilePath(file);
   if (path.empty()) return false;
-  Outcome outcome = Outcome::Again;
-  for (int tries = 0; outcome == Outcome::Again && tries < kMostTries; ++tries)
-    outcome = TryToChange(path, change);
-  return outcome == Outcome::Done;
+  Patience patience;
+  int conflicts = 0;
+  while (conflicts < kMostConflicts) {
+    const Outcome outcome = TryToChange(path, change, patience, conflicts > 0);
+    if (outcome == Outcome::Done) return true;
+    if (outcome == Outcome::Failed) return false;
+    if (outcome == Outcome::Changed) ++conflicts;
+  }
+  return false;
 }
 
 }  // namespace vorda::platform

@@ -99,8 +99,10 @@ std::optional<std::string> ProfileText::WithValue(std::string_view section, std:
   section = Stripped(section);
   key = Stripped(key);
   if (!CanHold(section, key)) return std::nullopt;
-  // What stood behind a line feed would become lines, and keys, of its own.
+  // What stood behind a line feed would become lines, and keys, of its own, and a CR at the end a part of the
+  // line's ending.
   value = value.substr(0, value.find('\n'));
+  value = value.substr(0, value.find_last_not_of('\r') + 1);
   const Section* found = FindSection(section);
   const std::string line = std::string(key).append("=").append(value).append(kLineEnd);
   if (found == nullptr)

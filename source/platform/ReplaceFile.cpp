@@ -1,10 +1,10 @@
 #include "platform/ReplaceFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -15,10 +15,10 @@
 namespace vorda::platform {
 namespace {
 
-constexpr int kMostTries = 100;
+constexpr int kMostNames = 100;
 constexpr mode_t kModeBits = 07777;
 
-enum class Outcome { Done, Refused, Failed };
+enum class Outcome { Done, Refused, Failed, Changed };
 
 // What a directory, or the share it lies on, says when it takes no new file or gives no entry away.
 bool IsRefusal(int systemError) {
@@ -28,6 +28,11 @@ bool IsRefusal(int systemError) {
 
 Outcome RefusedOrFailed() {
   return IsRefusal(errno) ? Outcome::Refused : Outcome::Failed;
+}
+
+// What becomes of a file that isn't as it was read.
+Outcome Unlike(Standing standing) {
+  return standing == Standing::Changed ? Outcome::Changed : Outcome::Failed;
 }
 
 bool Faulted(FileOperation operation, const std::string& path) {
@@ -59,22 +64,50 @@ std::optional<std::string> WithoutLinks(const std::string& path) {
   return std::string(real.get());
 }
 
+bool IsNamed(const std::string& path, const Descriptor& file) {
+  struct stat named {};
+  struct stat held {};
+  return ::lstat(path.c_str(), &named) == 0 && ::fstat(file.number(), &held) == 0 &&
+         named.st_dev == held.st_dev && named.st_ino == held.st_ino;
+}
+
 struct TemporaryFile {
   std::string path;
   Descriptor file;
 };
 
-// Hidden, and never taken for a cart's or a story's file; the name carries the process, so that programs
-// don't meet.
+// Whoever uses a temporary file holds its lock until it has its name: one without a lock was left by a writer
+// that was killed. Where no locks are known it can't be told apart and stays.
+bool RemoveStray(const std::string& path) {
+  const Descriptor stray = OpenFile(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK);
+  return stray.isOpen() && ::flock(stray.number(), LOCK_EX | LOCK_NB) == 0 && IsNamed(path, stray) &&
+         ::unlink(path.c_str()) == 0;
+}
+
+// False when another writer has just taken the new file for a stray one.
+bool Occupy(const TemporaryFile& temporary) {
+  if (::flock(temporary.file.number(), LOCK_EX | LOCK_NB) != 0) return errno != EWOULDBLOCK;
+  return IsNamed(temporary.path, temporary.file);
+}
+
+// Hidden, and never taken for a cart's or a story's file. The names are the same few for every program: what
+// a killed writer left lies in the next one's way, and nobody has to search the directory for it.
 TemporaryFile MakeTemporary(const std::string& target) {
-  static std::uint32_t number = 0;
-  const std::string stem =
-      target.substr(0, target.rfind('/') + 1) + ".vorda-ini-" + std::to_string(::getpid()) + "-";
-  for (int tries = 0; tries < kMostTries; ++tries) {
-    std::string path = stem + std::to_string(number++);
-    Descriptor file = OpenFile(path, O_WRONLY | O_CREAT | O_EXCL, 0600);
-    if (file.isOpen() || errno != EEXIST) return {std::move(path), std::move(file)};
+  constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL;
+  const std::string stem = target.substr(0, target.rfind('/') + 1) + ".vorda-ini-";
+  for (int number = 0; number < kMostNames; ++number) {
+    TemporaryFile temporary{stem + std::to_string(number), {}};
+    temporary.file = OpenFile(temporary.path, kFlags, 0600);
+    if (!temporary.file.isOpen() && errno != EEXIST) return temporary;
+    if (!temporary.file.isOpen() && RemoveStray(temporary.path)) {
+      temporary.file = OpenFile(temporary.path, kFlags, 0600);
+    }
+    if (!temporary.file.isOpen() || !Occupy(temporary)) continue;
+    // What several writers left that were killed at the same time.
+    while (RemoveStray(stem + std::to_string(++number))) continue;
+    return temporary;
   }
+  errno = EEXIST;
   return {};
 }
 
@@ -87,23 +120,25 @@ bool TakeOverOwnerAndMode(const Descriptor& file, const struct stat& status) {
   return ::fchmod(file.number(), status.st_mode & kModeBits) == 0;
 }
 
-Outcome FillAndRename(TemporaryFile& temporary, const std::string& target, const struct stat& status,
-                      const std::string& bytes) {
+Outcome FillAndRename(const TemporaryFile& temporary, const std::string& target, const struct stat& status,
+                      const NewContents& contents) {
   // Another user's file would become ours: better written in place than with another owner.
   if (!TakeOverOwnerAndMode(temporary.file, status)) return RefusedOrFailed();
-  if (!WriteAll(temporary.file, bytes, temporary.path) || !Sync(temporary.file, temporary.path))
-    return Outcome::Failed;
-  if (!temporary.file.Close()) return Outcome::Failed;
+  if (!WriteAll(temporary.file, contents.newBytes, temporary.path)) return Outcome::Failed;
+  if (!contents.inHaste && !Sync(temporary.file, temporary.path)) return Outcome::Failed;
+  const Standing standing = contents.standing();
+  if (standing != Standing::AsRead) return Unlike(standing);
   if (Faulted(FileOperation::Rename, target) || ::rename(temporary.path.c_str(), target.c_str()) != 0) {
     return RefusedOrFailed();
   }
+  if (contents.inHaste) Sync(temporary.file, target);
   return Outcome::Done;
 }
 
-Outcome ReplaceByRename(const std::string& target, const struct stat& status, const std::string& bytes) {
-  TemporaryFile temporary = MakeTemporary(target);
+Outcome ReplaceByRename(const std::string& target, const struct stat& status, const NewContents& contents) {
+  const TemporaryFile temporary = MakeTemporary(target);
   if (!temporary.file.isOpen()) return RefusedOrFailed();
-  const Outcome outcome = FillAndRename(temporary, target, status, bytes);
+  const Outcome outcome = FillAndRename(temporary, target, status, contents);
   if (outcome != Outcome::Done) ::unlink(temporary.path.c_str());
   return outcome;
 }
@@ -113,23 +148,25 @@ bool Overwrite(const Descriptor& file, const std::string& bytes, const std::stri
          Sync(file, path);
 }
 
-bool ReplaceInPlace(const std::string& target, const Descriptor& file, const std::string& oldBytes,
-                    const std::string& newBytes) {
-  if (Overwrite(file, newBytes, target)) return true;
+Outcome ReplaceInPlace(const std::string& target, const Descriptor& file, const NewContents& contents) {
+  const Standing standing = contents.standing();
+  if (standing != Standing::AsRead) return Unlike(standing);
+  if (Overwrite(file, contents.newBytes, target)) return Outcome::Done;
   // The old bytes have their place on the disk still, so that this succeeds on a full one.
-  Overwrite(file, oldBytes, target);
-  return false;
+  Overwrite(file, contents.oldBytes, target);
+  return Outcome::Failed;
 }
 
 }  // namespace
 
-bool ReplaceFile(const std::string& path, const Descriptor& file, const struct stat& status,
-                 const std::string& oldBytes, const std::string& newBytes) {
+Replacement ReplaceFile(const std::string& path, const Descriptor& file, const struct stat& status,
+                        const NewContents& contents) {
   const std::optional<std::string> target = WithoutLinks(path);
-  if (!target) return false;
-  const Outcome outcome = ReplaceByRename(*target, status, newBytes);
-  if (outcome == Outcome::Refused) return ReplaceInPlace(*target, file, oldBytes, newBytes);
-  return outcome == Outcome::Done;
+  if (!target) return Replacement::Failed;
+  Outcome outcome = ReplaceByRename(*target, status, contents);
+  if (outcome == Outcome::Refused) outcome = ReplaceInPlace(*target, file, contents);
+  if (outcome == Outcome::Done) return Replacement::Done;
+  return outcome == Outcome::Changed ? Replacement::Changed : Replacement::Failed;
 }
 
 }  // namespace vorda::platform

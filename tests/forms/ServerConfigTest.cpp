@@ -135,6 +135,31 @@ TEST_F(ServerConfig, LargestAndSmallestNumbersOfAKeyPass) {
   EXPECT_EQ(Record(1).CapturePort, -32768);
 }
 
+TEST_F(ServerConfig, NumberTooLargeOfAFeedWithoutADirectoryIsNotRead) {
+  WriteIni(Section(1) + "[WireFeed2]\r\nCapturePort=40000\r\n");
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(Record(2).CapturePort, 0);
+}
+
+TEST_F(ServerConfig, NumberIsTheLeadingDigitsAndNoDigitsAreZero) {
+  WriteIni(Section(
+      1, "CapturePort=3 (COM3)\r\nBouncePort=none\r\nNoIndexProcessing=\r\nSoundCard=4294967297\r\n"));
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(Record(1).CapturePort, 3);
+  EXPECT_EQ(Record(1).BouncePort, 0);
+  EXPECT_EQ(Record(1).NoIndexProcessing, 0);
+  EXPECT_EQ(Record(1).SoundCard, 1);
+}
+
+TEST_F(ServerConfig, PathOfThreeHundredCharactersIsCut) {
+  const std::string path = "/" + std::string(299, 'n');
+  WriteIni("[WireFeed1]\r\nNewsPath=" + path + "\r\nConfigFile=" + std::string(300, 'c') + "\r\n");
+  const std::string cut = path.substr(0, 254) + "/" + std::string(254, 'c');
+  boxes.Expect("Warning : No Vorda information was found in the specifed news directory: " + cut);
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(Record(1).FullConfigFile, cut);
+}
+
 using ServerConfigDeathTest = ServerConfig;
 
 TEST_F(ServerConfigDeathTest, NumberTooLargeForAKeyStopsTheProgram) {
@@ -179,6 +204,36 @@ TEST_F(ServerConfig, FirstRunWithoutAConfigurationFileStoresTheDirectoryAndGives
   EXPECT_EQ(ReadWholeFile(home / "vdServer.INI"), "[WireFeed1]\r\nNewsPath=" + directory.path() + "\r\n");
   EXPECT_EQ(FeedForm(1).Text(), "Wire Feed Capture");
   EXPECT_EQ(gFeedFormCount, 1);
+}
+
+TEST_F(ServerConfig, FirstRunWritesTheFileThatTheCommandLineNames) {
+  CommandLine({"/P", "my.ini"});
+  const std::string chosen = NewsDirectory(1);
+  picker.Expect(kPickerTitle, "  " + chosen + "  ");
+  boxes.Expect("You should now choose Setup Feed 1 from the Settings menu");
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(JoinedNames(home.path()), "MY.INI");
+  EXPECT_EQ(ReadWholeFile(home / "MY.INI"), "[WireFeed1]\r\nNewsPath=" + chosen + "\r\n");
+}
+
+TEST_F(ServerConfig, FirstRunAddsItsKeyToWhatStands) {
+  const std::string chosen = NewsDirectory(1);
+  const std::string rest = "CapturePort=2\n\n[Audio]\nEditor=x";
+  WriteIni("; mine\n[wirefeed1]\nnewspath=\n" + rest);
+  picker.Expect(kPickerTitle, chosen);
+  boxes.Expect("You should now choose Setup Feed 1 from the Settings menu");
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(ReadWholeFile(home / "vdServer.INI"), "; mine\n[wirefeed1]\nnewspath=" + chosen + "\n" + rest);
+  EXPECT_EQ(Record(1).CapturePort, 2);
+}
+
+TEST_F(ServerConfig, FirstRunGoesOnSilentlyWhereTheFileCantBeWritten) {
+  std::filesystem::create_directory(home / "vdServer.INI");
+  picker.Expect(kPickerTitle, NewsDirectory(1));
+  boxes.Expect("You should now choose Setup Feed 1 from the Settings menu");
+  EXPECT_EQ(ReadServerConfig(), 0);
+  EXPECT_EQ(FeedForm(1).Text(), "Vorda Server : Wire 1");
+  EXPECT_EQ(JoinedNames(home / "vdServer.INI"), "");
 }
 
 TEST_F(ServerConfig, CancelledFirstRunWritesNothingAndFails) {

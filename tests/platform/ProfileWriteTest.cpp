@@ -100,6 +100,14 @@ TEST_F(ProfileWriteTest, ValueEndsAtALineFeed) {
   EXPECT_EQ(ReadWholeFile(file_), "[Feed]\r\nName=a\r\n");
 }
 
+TEST_F(ProfileWriteTest, CarriageReturnsAtAValuesEndAreNotWritten) {
+  WriteWholeFile(file_, "[Feed]\nName=old\n");
+  EXPECT_TRUE(Set("a\rb\r\r\nc"));
+  EXPECT_EQ(ReadWholeFile(file_), "[Feed]\nName=a\rb\n");
+  EXPECT_TRUE(Set("\r"));
+  EXPECT_EQ(ReadWholeFile(file_), "[Feed]\nName=\n");
+}
+
 TEST_F(ProfileWriteTest, NamesThatNoFileCanHoldAreRefused) {
   for (const char* key : {"", " ", "a=b", "a\nb", ";a", "[a"}) {
     EXPECT_FALSE(WriteProfileString("Feed", key, "x", file_)) << key;

@@ -5,14 +5,17 @@
 #include <QMessageBox>
 #include <QPointer>
 
-#include <cstdio>
+#include <memory>
 #include <set>
 #include <string>
 
+#include "controls/CopyProgress.h"
+#include "platform/Clock.h"
 #include "platform/Desktop.h"
 #include "platform/MessageBox.h"
 #include "platform/NativePath.h"
 #include "platform/ProgramVersion.h"
+#include "platform/StandardError.h"
 #include "platform/Text.h"
 
 namespace vorda::controls {
@@ -81,9 +84,9 @@ BoxAnswer AnswerOf(int button, BoxButtons buttons) {
   return platform::RefusalOf(buttons);
 }
 
-void WriteToStandardError(const std::string& text) {
-  std::fprintf(stderr, "vdserver: %s\n", platform::ToUtf8(text).c_str());
-  std::fflush(stderr);
+// A box's words for standard error: a title of its own may tell what the text is about.
+std::string WordsOf(const BoxRequest& request) {
+  return request.title.empty() ? request.text : request.title + ": " + request.text;
 }
 
 BoxAnswer ShowBox(const BoxRequest& request) {
@@ -91,7 +94,8 @@ BoxAnswer ShowBox(const BoxRequest& request) {
   if (open >= kMostBoxes) {
     static std::set<std::string> told;
     // The set is as bounded as the screen was: past it, further texts are dropped.
-    if (told.size() < 1000 && told.insert(request.text).second) WriteToStandardError(request.text);
+    if (told.size() < 1000 && told.insert(WordsOf(request)).second)
+      platform::WriteToStandardError(WordsOf(request));
     return platform::RefusalOf(request.buttons);
   }
   // A window may go while its box is open and takes the box along, which then counts as refused.
@@ -112,17 +116,28 @@ BoxAnswer ShowBox(const BoxRequest& request) {
   return AnswerOf(pressed, request.buttons);
 }
 
-// No rather than Cancel where a box has both: a question of the start-up goes on with No and ends the program
-// with Cancel.
-BoxAnswer AnswerUnattended(const BoxRequest& request) {
-  WriteToStandardError(request.text);
-  if (request.buttons == BoxButtons::YesNoCancel) return BoxAnswer::No;
-  return platform::RefusalOf(request.buttons);
+void TellUnattended(platform::RepeatedTexts& texts, const std::string& text) {
+  if (const auto told = texts.Take(text, platform::ReadClock())) platform::WriteToStandardError(*told);
 }
 
-std::string CancelUnattended(const platform::FolderRequest& request) {
-  WriteToStandardError(request.title + ": nobody is there to choose, so it counts as cancelled");
-  return {};
+// No rather than Cancel where a box has both: a question of the start-up goes on with No and ends the program
+// with Cancel.
+BoxAnswer AnswerUnattended(BoxButtons buttons) {
+  return buttons == BoxButtons::YesNoCancel ? BoxAnswer::No : platform::RefusalOf(buttons);
+}
+
+// Everything is answered at once and told on standard error.
+void InstallUnattended() {
+  const auto texts = std::make_shared<platform::RepeatedTexts>();
+  platform::MessageBoxHook().Swap([texts](const BoxRequest& request) {
+    TellUnattended(*texts, WordsOf(request));
+    return AnswerUnattended(request.buttons);
+  });
+  platform::FolderPickerHook().Swap([texts](const platform::FolderRequest& request) {
+    TellUnattended(*texts, request.title + ": nobody is there to choose, so it counts as cancelled");
+    return std::string();
+  });
+  platform::CopyProgressHook().Swap(WaitForCopy);
 }
 
 // A folder whose name the code page can't hold would be lost in the INI file: the operator is told and asked
@@ -130,7 +145,8 @@ std::string CancelUnattended(const platform::FolderRequest& request) {
 std::string ShowFolderPicker(const platform::FolderRequest& request) {
   for (;;) {
     const QString chosen = QFileDialog::getExistingDirectory(
-        QApplication::activeWindow(), platform::ToUnicode(request.title),
+        request.owner != nullptr ? request.owner : QApplication::activeWindow(),
+        platform::ToUnicode(request.title),
         QString::fromLocal8Bit(platform::NativePath(request.startFolder).c_str()));
     std::string folder = platform::FromUnicode(chosen);
     if (platform::ToUnicode(folder) == chosen) return folder;
@@ -138,6 +154,12 @@ std::string ShowFolderPicker(const platform::FolderRequest& request) {
                                  folder + "\nPlease choose another folder.",
                              BoxIcon::Exclamation);
   }
+}
+
+void InstallAttended() {
+  platform::MessageBoxHook().Swap(ShowBox);
+  platform::FolderPickerHook().Swap(ShowFolderPicker);
+  platform::CopyProgressHook().Swap(ShowCopyProgress);
 }
 
 void ShowPointer(platform::Pointer pointer) {
@@ -149,9 +171,7 @@ void ShowPointer(platform::Pointer pointer) {
 }  // namespace
 
 void InstallDesktop(Operator who) {
-  const bool present = who == Operator::Present;
-  platform::MessageBoxHook().Swap(present ? ShowBox : AnswerUnattended);
-  platform::FolderPickerHook().Swap(present ? ShowFolderPicker : CancelUnattended);
+  who == Operator::Present ? InstallAttended() : InstallUnattended();
   platform::PointerHook().Swap(ShowPointer);
   platform::BeepHook().Swap([] { QApplication::beep(); });
 }

@@ -13,10 +13,10 @@ inline constexpr int kMostBoxes = 32;
 enum class Operator {
   Present,  // boxes wait for an answer
   Absent,   // no display: each box goes to standard error and is answered at once: OK, Cancel where Retry is
-            // offered, No; pickers are cancelled
+            // offered, No; pickers are cancelled. The same text is told once a minute at most
 };
 
-// Installs the desktop's boxes, folder picker, pointer and beep. Needs the application object.
+// Installs the desktop's boxes, folder picker, copy progress, pointer and beep. Needs the application object.
 void InstallDesktop(Operator who);
 
 }  // namespace vorda::controls

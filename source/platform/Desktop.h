@@ -7,7 +7,13 @@
 
 #include "platform/Hook.h"
 
+class QWidget;
+
 namespace vorda::platform {
+
+// The window that a picker or a progress window stands above; null = the active one. Modules only pass it
+// through.
+using OwnerWindow = QWidget*;
 
 enum class Pointer { Default, Hourglass };
 
@@ -25,6 +31,7 @@ Hook<void()>& BeepHook();
 struct FolderRequest {
   std::string title;
   std::string startFolder;  // where the tree opens; "" = nowhere in particular
+  OwnerWindow owner = nullptr;
 };
 
 // The folder that the operator chose, as a native path without a trailing separator ("/" stays); "" when

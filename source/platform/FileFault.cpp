@@ -1,11 +1,14 @@
 #include "platform/FileFault.h"
 
+#include <atomic>
+#include <mutex>
 #include <utility>
 
 namespace vorda::platform {
 namespace {
 
-ScopedFileFault* innermost = nullptr;
+std::atomic<ScopedFileFault*> innermost = nullptr;
+std::mutex counting;
 
 }  // namespace
 
@@ -16,7 +19,7 @@ ScopedFileFault::ScopedFileFault(FileOperation operation, int systemError, int n
       first_(nth),
       times_(times),
       pathPart_(std::move(pathPart)),
-      outer_(std::exchange(innermost, this)) {}
+      outer_(innermost.exchange(this)) {}
 
 ScopedFileFault::~ScopedFileFault() {
   innermost = outer_;
@@ -28,7 +31,14 @@ bool ScopedFileFault::TakeCall(FileOperation operation, std::string_view path) {
   return calls_ >= first_ && calls_ - first_ < times_;
 }
 
+int ScopedFileFault::calls() const {
+  const std::lock_guard lock(counting);
+  return calls_;
+}
+
 int FileFault(FileOperation operation, std::string_view path) {
+  if (innermost == nullptr) return 0;
+  const std::lock_guard lock(counting);
   int systemError = 0;
   for (ScopedFileFault* fault = innermost; fault != nullptr; fault = fault->outer_) {
     if (fault->TakeCall(operation, path)) systemError = fault->systemError_;

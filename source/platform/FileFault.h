@@ -1,7 +1,8 @@
 // Failures of the file system on demand, so that every error path can be reached in a test, as root too.
 //
 // The code that calls the operating system asks FileFault first. Outside tests no fault is installed and the
-// question costs a comparison. For the interface thread only.
+// question costs a comparison. Any thread may ask; faults are installed and lifted by one thread, innermost
+// last.
 
 #pragma once
 
@@ -28,7 +29,7 @@ class ScopedFileFault {
   ScopedFileFault& operator=(const ScopedFileFault&) = delete;
 
   // How often the operation was called so far, the failed calls included.
-  int calls() const { return calls_; }
+  int calls() const;
 
  private:
   friend int FileFault(FileOperation operation, std::string_view path);

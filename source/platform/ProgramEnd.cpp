@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "platform/SerialDevice.h"
+
 namespace vorda::platform {
 
 namespace {
@@ -29,11 +31,13 @@ void OnSignal(int) {
 
 void EndProgram(int exitCode) {
   std::fflush(nullptr);
+  DropUnsentOutput();
   ::_exit(exitCode);
 }
 
 void IgnoreBrokenPipes() {
   ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
 }
 
 TerminationSignals::TerminationSignals(std::function<void()> handler) {

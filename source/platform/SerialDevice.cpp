@@ -8,7 +8,7 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <set>
+#include <map>
 #include <utility>
 
 #include "platform/RunTimeError.h"
@@ -16,11 +16,17 @@
 namespace vorda::platform {
 namespace {
 
-// Real paths of the devices that this program holds. The system's own exclusiveness doesn't bind root, and
-// not every file system has locks.
-std::set<std::string>& HeldDevices() {
-  static std::set<std::string> held;
+// Real paths of the devices that this program holds, with their descriptors. The system's own exclusiveness
+// doesn't bind root, and not every file system has locks.
+std::map<std::string, int>& HeldDevices() {
+  static std::map<std::string, int> held;
   return held;
+}
+
+// A line that its far end holds back would keep the close waiting for half a minute.
+void DropUnsent(int descriptor) {
+  int unsent = 0;
+  if (::ioctl(descriptor, TIOCOUTQ, &unsent) == 0 && unsent > 0) ::tcflush(descriptor, TCOFLUSH);
 }
 
 // "" with errno set when there is no such path.
@@ -62,39 +68,39 @@ int SerialErrorFromErrno(int systemError) {
   }
 }
 
+void DropUnsentOutput() {
+  for (const auto& [path, descriptor] : HeldDevices()) DropUnsent(descriptor);
+}
+
 std::unique_ptr<SerialDevice> SerialDevice::Open(const std::string& path, int& systemError) {
   std::string realPath = RealPath(path);
   systemError = realPath.empty() ? errno : EBUSY;
   if (realPath.empty() || HeldDevices().contains(realPath)) return nullptr;
 
-  const int descriptor = ::open(realPath.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0 || !Claim(descriptor)) {
+  Descriptor device = OpenFile(realPath, O_RDWR | O_NONBLOCK);
+  if (!device.isOpen() || !Claim(device.number())) {
     systemError = errno;
-    if (descriptor >= 0) ::close(descriptor);
     return nullptr;
   }
   systemError = 0;
-  return std::unique_ptr<SerialDevice>(new SerialDevice(descriptor, std::move(realPath)));
+  return std::unique_ptr<SerialDevice>(new SerialDevice(std::move(device), std::move(realPath)));
 }
 
-SerialDevice::SerialDevice(int descriptor, std::string realPath)
-    : descriptor_(descriptor), realPath_(std::move(realPath)) {
-  HeldDevices().insert(realPath_);
+SerialDevice::SerialDevice(Descriptor device, std::string realPath)
+    : device_(std::move(device)), realPath_(std::move(realPath)) {
+  HeldDevices().emplace(realPath_, descriptor());
 }
 
 SerialDevice::~SerialDevice() {
-  // A line that its far end holds back would keep the close waiting for half a minute.
-  int unsent = 0;
-  if (::ioctl(descriptor_, TIOCOUTQ, &unsent) == 0 && unsent > 0) ::tcflush(descriptor_, TCOFLUSH);
+  DropUnsent(descriptor());
   // The terminal of a pair outlives this end, and so would the exclusiveness.
-  ::ioctl(descriptor_, TIOCNXCL);
-  ::close(descriptor_);
+  ::ioctl(descriptor(), TIOCNXCL);
   HeldDevices().erase(realPath_);
 }
 
 bool SerialDevice::Write(std::string_view& bytes) {
   while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor_, bytes.data(), bytes.size());
+    const ssize_t written = ::write(descriptor(), bytes.data(), bytes.size());
     if (written > 0) {
       bytes.remove_prefix(static_cast<size_t>(written));
     } else if (written == 0 || errno == EAGAIN) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Descriptor.h"
+
 namespace vorda::platform {
 
 // The run-time error for an errno met while opening a serial device: 68 absent, 55 in use, 70 no permission,
@@ -15,6 +17,10 @@ int SerialErrorFromErrno(int systemError);
 
 // Bytes that are kept while the line doesn't take them.
 constexpr size_t kOutputBacklog = size_t{1} << 20;
+
+// Drops what the lines of all open devices have not sent. For the program's end, which closes them without
+// their destructors and would wait for it.
+void DropUnsentOutput();
 
 class SerialDevice {
  public:
@@ -26,7 +32,7 @@ class SerialDevice {
   SerialDevice(const SerialDevice&) = delete;
   SerialDevice& operator=(const SerialDevice&) = delete;
 
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return device_.number(); }
 
   // Writes what the line takes now and keeps the rest, up to kOutputBacklog; beyond that it drops. False when
   // the device has gone away.
@@ -36,11 +42,11 @@ class SerialDevice {
   bool HoldsOutput() const { return !kept_.empty(); }
 
  private:
-  SerialDevice(int descriptor, std::string realPath);
+  SerialDevice(Descriptor device, std::string realPath);
   // Takes what the line accepts off the front of `bytes`. False when the device has gone away.
   bool Write(std::string_view& bytes);
 
-  const int descriptor_;
+  const Descriptor device_;
   const std::string realPath_;
   std::string kept_;
 };

@@ -4,11 +4,10 @@
 #include <QIcon>
 #include <QTimer>
 
-#include <cstdio>
-
 #include "controls/DesktopServices.h"
 #include "platform/ProgramEnd.h"
 #include "platform/Settings.h"
+#include "platform/StandardError.h"
 #include "shell/ServerState.h"
 #include "shell/frmVordaServer.h"
 
@@ -36,12 +35,12 @@ void TellToolkitMessage(QtMsgType type, const QMessageLogContext& context, const
 }  // namespace
 
 int main(int argc, char** argv) {
+  vorda::platform::HoldStandardStreams();
   vorda::platform::IgnoreBrokenPipes();
   const bool display = HasDisplay();
   if (!display) {
-    std::fputs(
-        "vdserver: no display: running without windows; messages appear here and are answered at once\n",
-        stderr);
+    vorda::platform::WriteToStandardError(
+        "no display: running without windows; messages appear here and are answered at once");
     qputenv("QT_QPA_PLATFORM", "offscreen");
   }
   gToolkitMessages = qInstallMessageHandler(TellToolkitMessage);

@@ -39,8 +39,8 @@ class DesktopWithoutOperator : public ::testing::Test {
     taken_ = true;
     return ::testing::internal::GetCapturedStderr();
   }
-  static BoxAnswer Ask(BoxButtons buttons) {
-    return platform::ShowMessageBox({"Text", BoxIcon::Question, buttons, "", BoxAnswer::Yes});
+  static BoxAnswer Ask(BoxButtons buttons, const std::string& text = "Text") {
+    return platform::ShowMessageBox({text, BoxIcon::Question, buttons, "", BoxAnswer::Yes});
   }
 
   DesktopScope desktop{controls::Operator::Absent};
@@ -49,11 +49,12 @@ class DesktopWithoutOperator : public ::testing::Test {
   bool taken_ = false;
 };
 
-TEST_F(DesktopWithoutOperator, BoxesAreAnsweredAtOnceAndToldEachTime) {
-  EXPECT_EQ(Ask(BoxButtons::Ok), BoxAnswer::Ok);
-  EXPECT_EQ(Ask(BoxButtons::RetryCancel), BoxAnswer::Cancel);
-  EXPECT_EQ(Ask(BoxButtons::YesNo), BoxAnswer::No);
-  EXPECT_EQ(Told(), "vdserver: Text\nvdserver: Text\nvdserver: Text\n");
+TEST_F(DesktopWithoutOperator, BoxesAreAnsweredAtOnceAndTold) {
+  EXPECT_EQ(Ask(BoxButtons::Ok, "One"), BoxAnswer::Ok);
+  EXPECT_EQ(Ask(BoxButtons::RetryCancel, "Two"), BoxAnswer::Cancel);
+  EXPECT_EQ(Ask(BoxButtons::OkCancel, "Three"), BoxAnswer::Cancel);
+  EXPECT_EQ(Ask(BoxButtons::YesNo, "Four"), BoxAnswer::No);
+  EXPECT_EQ(Told(), "vdserver: One\nvdserver: Two\nvdserver: Three\nvdserver: Four\n");
 }
 
 // Cancel would end the start-up where No goes on.
@@ -68,6 +69,7 @@ TEST_F(DesktopWithoutOperator, TextGoesToStandardErrorInUtf8) {
 
 TEST_F(DesktopWithoutOperator, FolderPickerIsCancelled) {
   EXPECT_EQ(platform::PickFolder({"Title", ""}), "");
+  EXPECT_EQ(Told(), "vdserver: Title: nobody is there to choose, so it counts as cancelled\n");
 }
 
 TEST(DesktopFolderPicker, EscapeCancels) {

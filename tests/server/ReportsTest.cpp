@@ -84,6 +84,38 @@ TEST_F(ReportProblemTest, DefaultPointerStays) {
   EXPECT_EQ(platform::CurrentPointer(), Pointer::Default);
 }
 
+class ReportMultimediaErrorTest : public ::testing::Test {
+ protected:
+  test::FakeBoxes boxes_;
+};
+
+TEST_F(ReportMultimediaErrorTest, SaysNothingWithoutAnErrorOrWhenNotAskedTo) {
+  EXPECT_EQ(ReportMultimediaError(0, true, "Context"), 0);
+  EXPECT_EQ(ReportMultimediaError(11, false, "Context"), 11);
+}
+
+TEST_F(ReportMultimediaErrorTest, ShowsTheErrorsTextUnderTheProgramsTitle) {
+  boxes_.Expect("An invalid parameter was passed to a system function.");
+  EXPECT_EQ(ReportMultimediaError(11, true), 11);
+  EXPECT_EQ(boxes_.Last().icon, BoxIcon::Information);
+  EXPECT_EQ(boxes_.Last().buttons, platform::BoxButtons::Ok);
+  EXPECT_EQ(boxes_.Last().title, "Vorda Server");
+}
+
+TEST_F(ReportMultimediaErrorTest, ContextStandsBehindTheTitle) {
+  boxes_.Expect("An invalid parameter was passed to a system function.");
+  ReportMultimediaError(11, true, "Recording");
+  EXPECT_EQ(boxes_.Last().title, "Vorda Server - Recording");
+}
+
+TEST_F(ReportMultimediaErrorTest, UnknownNumberIsToldAsSuch) {
+  for (const std::int32_t code : {257, -1, 13}) {
+    boxes_.Expect("The Windows Multimedia Sub-System has returned with an unknown error, the code was: " +
+                  std::to_string(code));
+    EXPECT_EQ(ReportMultimediaError(code, true), code);
+  }
+}
+
 struct FolderRow {
   const char* picked;
   const char* folder;
@@ -96,7 +128,7 @@ class BrowseForFolderTest : public ::testing::TestWithParam<FolderRow> {};
 TEST_P(BrowseForFolderTest, FolderOfWhatWasPicked) {
   test::FakeFolderPicker picker;
   picker.Expect("Select Folder", GetParam().picked);
-  EXPECT_EQ(BrowseForFolder("Select Folder"), GetParam().folder);
+  EXPECT_EQ(BrowseForFolder(nullptr, "Select Folder"), GetParam().folder);
 }
 
 constexpr FolderRow kFolderRows[] = {
@@ -121,7 +153,7 @@ TEST(BrowseForFolderStartTest, PickerOpensWhereItIsTold) {
                                       start = request.startFolder;
                                       return std::string();
                                     });
-  EXPECT_EQ(BrowseForFolder("Select Folder", "/srv/news"), "");
+  EXPECT_EQ(BrowseForFolder(nullptr, "Select Folder", "/srv/news"), "");
   EXPECT_EQ(title, "Select Folder");
   EXPECT_EQ(start, "/srv/news");
 }

@@ -1,8 +1,10 @@
 // The real program and its screen: one that goes, one that can't be reached, none at all, and a standard
 // error that nobody reads.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <memory>
@@ -128,6 +130,45 @@ TEST(ServerWithoutDisplay, StandardErrorThatNobodyReadsDoesNotEndIt) {
   EXPECT_EQ(station.Server().output(), "");
   station.Server().Signal(SIGTERM);
   EXPECT_EQ(station.Server().ExitCode(), 0);
+}
+
+// The same warnings, and a pipe that is full because its reader sleeps.
+TEST(ServerWithoutDisplay, StandardErrorThatIsFullIsNotWaitedFor) {
+  const TempDirectory directory;
+  const std::string pipe = directory / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = ::open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+  const std::string page(4096, '.');
+  while (::write(reader, page.data(), page.size()) > 0) continue;
+  Station station;
+  station.AddFeed(1, "", "");
+  station.AddFeed(2, "CapturePort=1\r\nSoundCard=2\r\n");
+  station.AddFeed(3, "", "");
+  station.AddFeed(4, "SoundCard=4\r\n");
+  station.StartWith({}, {"sh", "-c", "exec 2>\"$0\"; exec \"$@\"", pipe});
+  StatusClient client;
+  EXPECT_TRUE(station.Connect(client, 4));
+  EXPECT_TRUE(station.com1->Write("\x01Story\x04"));
+  EXPECT_TRUE(station.WaitForStories(1));
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0);
+  ::close(reader);
+}
+
+// Otherwise a port or a story would get the number of a stream, and all that is said there. The tool is told
+// what the server has for them.
+TEST(ServerStreams, ThoseThatAreMissingAreHeldByNothing) {
+  Station station;
+  station.AddFeed(1, "CapturePort=1\r\n");
+  WriteWholeFile(station.News(1) + "/../tools/ItemFile",
+                 "#!/bin/sh\nstreams=$(readlink /proc/$$/fd/1 /proc/$$/fd/2)\n"
+                 "echo \"$streams\" > \"${0%/*}/streams\"\ntouch \"${0%/*}/kept/argument.1\"\n");
+  station.StartWith({}, {"sh", "-c", "exec \"$@\" <&- >&- 2>&-", "sh"});
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client));
+  ASSERT_TRUE(station.com1->Write("\x01Story\x04"));
+  ASSERT_TRUE(station.WaitForStories(1));
+  EXPECT_EQ(ReadWholeFile(station.News(1) + "/../tools/streams"), "/dev/null\n/dev/null\n");
 }
 
 }  // namespace

@@ -40,6 +40,39 @@ TEST(ServerEnd, SignalEndsItBehindABoxOfTheStartUp) {
   EXPECT_EQ(station.Server().ExitCode(), 0);
 }
 
+// The far end has said stop; a mebibyte waits for it to say go.
+TEST(ServerEnd, LineThatIsHeldUpIsNotWaitedFor) {
+  Station station;
+  station.AddFeed(1, "CapturePort=1\r\nBouncePort=2\r\n",
+                  "[General]\r\nName=Wire\r\n[TextData]\r\nHandShaking=1\r\n");
+  station.Start();
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client));
+  ASSERT_TRUE(station.com2->Write("\x13"));
+  const std::string story = "\x01" + std::string(30000, 'x') + "\x04";
+  for (int i = 0; i < 40; ++i) ASSERT_TRUE(station.com1->Write(story));
+  ASSERT_TRUE(station.WaitForStories(40));
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0);
+  // It was held up.
+  EXPECT_LT(station.com2->Read().size(), 40 * story.size());
+}
+
+// As much as a line takes by itself while nobody reads its far end.
+TEST(ServerEnd, WhatTheBounceLineHasTakenIsNotTakenBack) {
+  Station station;
+  station.AddFeed(1, "CapturePort=1\r\nBouncePort=2\r\n");
+  station.Start();
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client));
+  const std::string story = "\x01" + std::string(8000, 'x') + "\x04";
+  ASSERT_TRUE(station.com1->Write(story));
+  ASSERT_TRUE(client.WaitFor(" Processed New Story\r\n"));
+  station.Server().Signal(SIGTERM);
+  EXPECT_EQ(station.Server().ExitCode(), 0);
+  EXPECT_EQ(station.com2->Read(story.size()), story);
+}
+
 TEST(ServerEnd, WrongCommandLineEndsWithTwo) {
   Station station;
   station.AddFeed(1, "");

@@ -58,7 +58,7 @@ void Station::StartWith(const std::vector<std::string>& environment, const std::
   const auto append = [&command](const std::vector<std::string>& words) {
     command.insert(command.end(), words.begin(), words.end());
   };
-  append({"env", "-i", "--default-signal=PIPE", "PATH=/usr/bin:/bin", "HOME=" + Home(),
+  append({"env", "-i", "--default-signal=PIPE,HUP,INT,TERM", "PATH=/usr/bin:/bin", "HOME=" + Home(),
           "XDG_RUNTIME_DIR=" + Home(), "VORDA_HOME=" + Home()});
   // What a build with sanitizers is to do is the test run's affair.
   for (const char* name : {"ASAN_OPTIONS", "UBSAN_OPTIONS"})

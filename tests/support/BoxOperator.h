@@ -14,6 +14,7 @@
 #include "platform/Desktop.h"
 #include "platform/MessageBox.h"
 #include "platform/ReentrantTimer.h"
+#include "platform/ShellOperation.h"
 #include "support/QuietPlatform.h"
 
 namespace vorda::test {
@@ -24,6 +25,7 @@ class DesktopScope {
   explicit DesktopScope(controls::Operator who)
       : box_(platform::MessageBoxHook(), {}),
         picker_(platform::FolderPickerHook(), {}),
+        copyProgress_(platform::CopyProgressHook(), {}),
         pointer_(platform::PointerHook(), {}),
         beep_(platform::BeepHook(), {}) {
     controls::InstallDesktop(who);
@@ -33,6 +35,7 @@ class DesktopScope {
   QuietPlatform quiet_;
   platform::ScopedHook<platform::BoxAnswer(const platform::BoxRequest&)> box_;
   platform::ScopedHook<std::string(const platform::FolderRequest&)> picker_;
+  platform::ScopedHook<void(platform::FileCopy&, const platform::ShellOperation&)> copyProgress_;
   platform::ScopedHook<void(platform::Pointer)> pointer_;
   platform::ScopedHook<void()> beep_;
 };

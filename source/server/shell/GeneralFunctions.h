@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Desktop.h"
 #include "platform/Process.h"
 #include "shell/TimeStamp.h"
 
@@ -66,9 +67,10 @@ inline constexpr std::int32_t kWaitYielding =
     -1;  // until the process has ended; everything goes on meanwhile
 inline constexpr std::int32_t kWaitBlocking = 9999;  // the same, but the operator's input waits
 
-// Starts a program with its arguments in one text, which the program takes apart by itself: nothing is
-// quoted, so a path with a blank in it becomes two arguments. `showWindow` is for desktops that place other
-// programs' windows. Non-zero when the process was started.
+// Starts a program with its arguments in one text, which is taken apart at blanks: nothing is quoted, so a
+// path with a blank in it becomes two arguments. The program's own path is tried whole first. Wait modes
+// other than the three don't wait. `showWindow` is ignored: the desktop places windows. Non-zero when the
+// process was started.
 std::int32_t RunProcess(const std::string& program, const std::string& arguments, std::int32_t creationFlags,
                         std::int32_t waitMode, std::int32_t showWindow,
                         platform::ProcessInformation& information);
@@ -80,7 +82,8 @@ TimeStamp NowStamp(bool wholeHour = false);
 // Seconds from the stamp until now, across midnights; negative for a stamp that lies ahead.
 double SecondsSince(const TimeStamp& stamp);
 
-// The stamp that lies `duration` seconds, in hundredths, before `stamp`.
+// The stamp that lies `duration` seconds before `stamp`, to the hundredth. A duration that rounds up to a
+// whole day takes nearly two.
 TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp);
 
 // --- Reports (Reports.cpp) ---
@@ -89,7 +92,21 @@ TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp);
 // `errorNumber` of 1 or more also that error's text and, in brackets, the number of the current error.
 void ReportProblem(std::string_view what, std::int16_t errorNumber);
 
-// The folder picker; "" when cancelled. The root of a drive comes back without its separator.
-std::string BrowseForFolder(const std::string& title, const std::string& startFolder = {});
+// A multimedia result on its way through: a code other than 0 is told to the operator when `showError` is
+// set, in a box with the program's title and `context`. Result: the code.
+std::int32_t ReportMultimediaError(std::int32_t code, bool showError, std::string_view context = {});
+
+// --- The desktop's services (ShellServices.cpp) ---
+
+// The folder picker above `owner`; "" when cancelled. The root of a drive comes back without its separator.
+std::string BrowseForFolder(platform::OwnerWindow owner, const std::string& title,
+                            const std::string& startFolder = {});
+
+// Copies or moves a file with a progress window above `owner`. With `confirm` the operator is asked before a
+// file is replaced or a folder made. The desktop itself tells of failures. 0 on success, also when the
+// operator kept the file that was there.
+std::int32_t RunShellFileOperation(const std::string& source, const std::string& destination,
+                                   const std::string& progressTitle, platform::OwnerWindow owner,
+                                   bool moveFile, bool confirm);
 
 }  // namespace vorda

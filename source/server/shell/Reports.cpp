@@ -1,12 +1,21 @@
-// What the operator is told of failures, and the folder question.
+// What the operator is told of failures.
 
 #include "platform/Desktop.h"
 #include "platform/MessageBox.h"
+#include "platform/ProgramVersion.h"
 #include "platform/RunTimeError.h"
 #include "platform/Text.h"
+#include "platform/WaveErrors.h"
 #include "shell/GeneralFunctions.h"
 
 namespace vorda {
+
+namespace {
+
+// The buffer that the multimedia system's texts go through, with its terminator.
+constexpr std::size_t kErrorTextSize = 128;
+
+}  // namespace
 
 void ReportProblem(std::string_view what, std::int16_t errorNumber) {
   const platform::Pointer pointer = platform::CurrentPointer();
@@ -20,10 +29,17 @@ void ReportProblem(std::string_view what, std::int16_t errorNumber) {
   platform::SetPointer(pointer);
 }
 
-std::string BrowseForFolder(const std::string& title, const std::string& startFolder) {
-  std::string folder = platform::PickFolder({title, startFolder});
-  if (folder.size() >= 2 && folder.ends_with(":\\")) folder.pop_back();
-  return folder;
+std::int32_t ReportMultimediaError(std::int32_t code, bool showError, std::string_view context) {
+  if (code == 0 || !showError) return code;
+  std::string text = platform::WaveErrorText(code).substr(0, kErrorTextSize - 1);
+  if (text.empty()) {
+    text = "The Windows Multimedia Sub-System has returned with an unknown error, the code was: " +
+           std::to_string(code);
+  }
+  std::string title = platform::kProgramTitle;
+  if (!context.empty()) title += " - " + std::string(context);
+  platform::ShowMessageBox({text, platform::BoxIcon::Information, platform::BoxButtons::Ok, title});
+  return code;
 }
 
 }  // namespace vorda

@@ -109,6 +109,8 @@ QWidget* ChildForm::MakeClient(QWidget* host) {
 
 void ChildForm::ShowHost(QWidget* host) {
   ActiveChild::Instance().Show(static_cast<QMdiSubWindow*>(host), this);
+  // The child's frame may stand behind a window of its own, such as a question that has just been answered.
+  if (QWidget* const frame = host->window(); frame != host && frame->isVisible()) frame->activateWindow();
 }
 
 void ChildForm::TakeDownHost(QWidget* host) {

@@ -5,13 +5,16 @@
 #include <QMenuBar>
 #include <QScrollBar>
 #include <QTest>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
 
+#include "controls/TextBox.h"
 #include "controls/Twips.h"
 #include "platform/ScopedVariable.h"
+#include "shell/frmGoodInputBox.h"
 #include "shell/frmHistory.h"
 #include "shell/frmSplash.h"
 #include "shell/frmVordaServer.h"
@@ -203,6 +206,34 @@ TEST_F(FrameDeathTest, ThirdFeedIsReachedByScrolling) {
     EXPECT_GT(FeedForm(3).Left() + FeedForm(3).Width(), Server().ClientWidth());
     EXPECT_TRUE(area->horizontalScrollBar()->isVisible());
     EXPECT_GT(area->horizontalScrollBar()->maximum(), 0);
+  });
+}
+
+TEST_F(FrameDeathTest, ScrollBarOfAThirdFeedLeavesTheHistoryBelowTheFeeds) {
+  WriteIni({1, 2, 3});
+  ExpectHoldsOnceStarted([] {
+    auto* area = MainWindow()->findChild<QMdiArea*>();
+    EXPECT_TRUE(WaitUntil([area] { return area->horizontalScrollBar()->isVisible(); }));
+    RunPendingEvents();
+    ExpectHistoryInPlace();
+    EXPECT_EQ(FeedForm(1).Top() + FeedForm(1).Height(), frmHistory::Default().Top() - 30);
+    EXPECT_FALSE(area->verticalScrollBar()->isVisible());
+  });
+}
+
+TEST_F(FrameDeathTest, QuestionGivesTheFocusBackToAChildWindow) {
+  WriteIni({1});
+  ExpectHoldsOnceStarted([] {
+    for (int question = 0; question < 2; ++question) {
+      QTimer::singleShot(0, MainWindow(), [] {
+        auto* text = frmGoodInputBox::Default().Control<controls::TextBox>("Text1");
+        EXPECT_TRUE(WaitUntil([text] { return text->hasFocus(); }));
+        QTest::keyClick(text, Qt::Key_Return);
+      });
+      std::string result;
+      EXPECT_EQ(GoodInputBox("Which?", "", "", 0, result, FeedForm(1)), 0);
+      EXPECT_TRUE(WaitUntil([] { return QApplication::activeWindow() == MainWindow(); }));
+    }
   });
 }
 

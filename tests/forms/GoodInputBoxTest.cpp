@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <gtest/gtest.h>
 
@@ -22,6 +23,7 @@ class CallerForm : public controls::Form {
  public:
   CallerForm() : Form("CallerForm") {}
   int activations = 0;
+  QWindow* Window() { return Host()->windowHandle(); }
 
  protected:
   void BuildControls(QWidget*) override {}
@@ -152,7 +154,50 @@ TEST_F(GoodInputBoxTest, StaysOnTopAndBelongsToItsCaller) {
   Ask("", 0, [this] {
     EXPECT_TRUE(text()->window()->windowFlags().testFlag(Qt::WindowStaysOnTopHint));
     EXPECT_FALSE(text()->window()->isModal());
+    EXPECT_EQ(text()->window()->windowHandle()->transientParent(), caller_.Window());
     Press(Qt::Key_Escape);
+  });
+}
+
+TEST_F(GoodInputBoxTest, OkButtonAnswers) {
+  EXPECT_EQ(Ask("old", 0, [] { QTest::mouseClick(box().Control<QPushButton>("Command2"), Qt::LeftButton); }),
+            0);
+  EXPECT_EQ(result_, "old");
+}
+
+TEST_F(GoodInputBoxTest, EnterOnTheCancelButtonCancels) {
+  EXPECT_EQ(Ask("old", 0,
+                [] {
+                  box().Control<QPushButton>("Command1")->setFocus();
+                  Press(Qt::Key_Return);
+                }),
+            -1);
+}
+
+// The second question takes the form over; its answer ends both.
+TEST_F(GoodInputBoxTest, TwoQuestionsAtOnceShareTheForm) {
+  std::string inner = "left over";
+  EXPECT_EQ(Ask("outer", 0,
+                [&] {
+                  QTimer::singleShot(0, &caller_, [] {
+                    Type("inner");
+                    Press(Qt::Key_Return);
+                  });
+                  EXPECT_EQ(GoodInputBox("And which now?", "", "", 0, inner, caller_), 0);
+                }),
+            0);
+  EXPECT_EQ(inner, "inner");
+  EXPECT_EQ(result_, "inner");
+}
+
+TEST_F(GoodInputBoxTest, HourglassGoesWhenTheOperatorTurnsToAnotherWindow) {
+  Ask("", 0, [this] {
+    platform::SetPointer(platform::Pointer::Hourglass);
+    caller_.Show();
+    EXPECT_TRUE(test::WaitUntil([] { return platform::CurrentPointer() == platform::Pointer::Default; }));
+    box().Show();
+    EXPECT_TRUE(test::WaitUntil([] { return text()->hasFocus(); }));
+    QTest::keyClick(text(), Qt::Key_Escape);
   });
 }
 

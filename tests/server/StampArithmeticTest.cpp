@@ -38,6 +38,16 @@ TEST(SubtractFromStampTest, NegativeDurationGoesForwardAcrossMidnight) {
   ExpectStamp(SubtractFromStamp(-100.0F, {100, 86350.0F}), 101, 50.0F);
 }
 
+TEST(SubtractFromStampTest, MomentThatRoundsUpToMidnightIsTheNextDaysFirst) {
+  ExpectStamp(SubtractFromStamp(0.01F, {100, 0.0065F}), 100, 0.0F);
+}
+
+// The whole days come from the rounded duration and the rest from the duration itself. Late in the day the
+// seconds go in steps of 1/128.
+TEST(SubtractFromStampTest, DurationJustBelowADayTakesNearlyTwo) {
+  ExpectStamp(SubtractFromStamp(86399.7F, {100, 60.0F}), 98, 60.296875F);
+}
+
 TEST(LargeToDoubleTest, NegativeHalvesCountUpFromTwoToThe31) {
   EXPECT_EQ(LargeToDouble(0, 0), 0.0);
   EXPECT_EQ(LargeToDouble(7, 0), 7.0);

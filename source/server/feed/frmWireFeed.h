@@ -69,7 +69,6 @@ class frmWireFeed : public controls::ChildForm {
   void ReceiveText();
   void AppendCaptureText(std::string& data);
   void timerIndexLogs_Timer();
-  void LayOut(QWidget* client);
 
   Devices devices_;
   CaptureText captureText_;

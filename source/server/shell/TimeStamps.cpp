@@ -30,17 +30,18 @@ TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp) {
   const auto wholeSeconds = static_cast<std::int64_t>(std::nearbyint(static_cast<double>(duration)));
   const auto hundredths = static_cast<std::int64_t>(std::nearbyint(static_cast<double>(duration) * 100.0));
   std::int64_t day = stamp.Day - wholeSeconds / static_cast<std::int64_t>(kSecondsPerDay);
-  double seconds =
-      static_cast<double>(stamp.Seconds) - static_cast<double>(hundredths % kHundredthsPerDay) / 100.0;
+  // In the stamp's own precision: a moment just ahead of midnight may round up to it.
+  auto seconds = static_cast<float>(static_cast<double>(stamp.Seconds) -
+                                    static_cast<double>(hundredths % kHundredthsPerDay) / 100.0);
   while (seconds < 0) {
-    seconds += kSecondsPerDay;
+    seconds = static_cast<float>(static_cast<double>(seconds) + kSecondsPerDay);
     --day;
   }
-  while (seconds >= kSecondsPerDay) {
-    seconds -= kSecondsPerDay;
+  while (static_cast<double>(seconds) >= kSecondsPerDay) {
+    seconds = static_cast<float>(static_cast<double>(seconds) - kSecondsPerDay);
     ++day;
   }
-  return {static_cast<std::int32_t>(day), static_cast<float>(seconds)};
+  return {static_cast<std::int32_t>(day), seconds};
 }
 
 }  // namespace vorda

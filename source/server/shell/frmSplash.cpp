@@ -1,12 +1,14 @@
 #include "shell/frmSplash.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QFontInfo>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPixmap>
 #include <QPushButton>
 #include <QScreen>
+#include <QWindow>
 
 #include "controls/FormBuilder.h"
 #include "controls/Panels.h"
@@ -27,6 +29,8 @@ using controls::ControlSpec;
 
 constexpr double kWidth = 7500;
 constexpr double kHeight = 4650;
+constexpr int kLongestPaint = 500;  // ms
+constexpr int kPaintLook = 5;       // ms
 
 constexpr const char* kWarning =
     "Warning: This computer program is protected under international copyright law. Unauthorised "
@@ -106,6 +110,14 @@ void frmSplash::ShowLogo() {
   if (!(FileSize(file) > 0)) return;
   const QPixmap own(QString::fromLocal8Bit(platform::NativePath(file).c_str()));
   if (!own.isNull()) logo->setPixmap(own.scaled(logo->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+}
+
+void frmSplash::ShowPainted() {
+  Show();
+  const QDeadlineTimer longEnough(kLongestPaint);
+  while (!Host()->windowHandle()->isExposed() && !longEnough.hasExpired())
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents, kPaintLook);
+  Host()->repaint();
 }
 
 void frmSplash::OnActivate() {

@@ -10,6 +10,10 @@ class frmSplash : public controls::Form {
  public:
   static frmSplash& Default();
 
+  // Shows the window and waits until it is painted, so that it stands there while the caller is busy; at most
+  // half a second, where the window system gives it no place.
+  void ShowPainted();
+
  protected:
   QWidget* MakeHost() override;
   void BuildControls(QWidget* client) override;

@@ -135,7 +135,7 @@ void frmVordaServer::ListChildWindows(QMenu* menu) {
 
 // The start-up. The steps stand in the order in which other products and the operator know them.
 void frmVordaServer::OnLoad() {
-  frmSplash::Default().Show();
+  frmSplash::Default().ShowPainted();
   ReadOSVersion();
   if (!ResolveIniFileName()) platform::EndProgram(kExitBadCommandLine);
   Show();
@@ -144,7 +144,19 @@ void frmVordaServer::OnLoad() {
   frmHistory::Default().Show();
   if (ReadServerConfig() != 0) ShutDown();
   frmSplash::Default().Unload();
+  MakeRoomForScrollBar();
   started_ = true;
+}
+
+// Feed windows beyond the right edge bring a scroll bar, which would lift the history over the feet of the
+// feeds: the frame grows by as much.
+void frmVordaServer::MakeRoomForScrollBar() {
+  const QList<QMdiSubWindow*> windows = area_->subWindowList();
+  const bool beyond = std::any_of(windows.begin(), windows.end(), [this](const QMdiSubWindow* window) {
+    return window->isVisible() && window->geometry().right() >= area_->viewport()->width();
+  });
+  if (!beyond || Host()->isMaximized() || Host()->isFullScreen()) return;
+  Host()->resize(Host()->width(), Host()->height() + area_->horizontalScrollBar()->sizeHint().height());
 }
 
 // Only the history window follows the frame; feed windows keep their place and size.

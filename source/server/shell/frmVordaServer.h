@@ -36,6 +36,8 @@ class frmVordaServer : public controls::Form {
   void BuildMenus(QMainWindow* frame);
   void ListChildWindows(QMenu* menu);
 
+  void MakeRoomForScrollBar();
+
   QMdiArea* area_ = nullptr;
   bool started_ = false;  // the start-up is over
 };

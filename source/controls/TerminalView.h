@@ -52,10 +52,10 @@ class TerminalView : public QAbstractScrollArea {
   // Puts the selected text on the clipboard; leaves the clipboard alone when nothing is selected.
   void Copy() const;
 
-  // True for a tenth of a second after the text was taken to the screen: a change waits until then.
+  // True for an eighth of a second after the text was taken to the screen: a change waits until then.
   bool IsPausing() const { return pause_.isActive(); }
 
-  // What the screen shows, a tenth of a second behind the text at most. The functions below count in its
+  // What the screen shows, an eighth of a second behind the text at most. The functions below count in its
   // bytes; a position past its end counts as the end.
   std::string_view ShownText() const { return shown_; }
   // The selected bytes; empty where the caret is when nothing is selected.

@@ -17,11 +17,13 @@ namespace vorda::platform {
 
 namespace {
 
-// Attributes and file actions of a detached start: own session, no signal blocked or ignored, nothing
-// inherited.
+// Attributes and file actions of a detached start: own process group, no signal blocked or ignored, nothing
+// inherited. One at the lowest priority has a session too, by which the kernel groups processes: in a group
+// of its own each story tool would wait for its turn while the server waits for its start.
 class DetachedStart {
  public:
-  DetachedStart() {
+  explicit DetachedStart(bool lowestPriority) {
+    const int apart = lowestPriority ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
     ::posix_spawnattr_init(&attributes_);
     ::posix_spawn_file_actions_init(&actions_);
     sigset_t none;
@@ -31,7 +33,7 @@ class DetachedStart {
     ::sigfillset(&all);
     ::posix_spawnattr_setsigdefault(&attributes_, &all);
     ::posix_spawnattr_setflags(&attributes_,
-                               POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+                               static_cast<short>(apart | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
   }
@@ -67,7 +69,8 @@ std::string ExistingProgram(const std::string& named) {
 }
 
 bool SpawnDetached(const ProcessStart& start, ProcessInformation& information) {
-  const pid_t process = DetachedStart().Run(ExistingProgram(start.program), start.arguments);
+  const pid_t process =
+      DetachedStart(start.lowestPriority).Run(ExistingProgram(start.program), start.arguments);
   Running().Collect();
   if (process == 0) return false;
   if (start.lowestPriority) GiveLowestPriority(process);

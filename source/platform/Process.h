@@ -1,6 +1,6 @@
 // Starting other programs and forgetting them.
 //
-// Stands in for CreateProcess. A process is started detached, in a session of its own, with none of the
+// Stands in for CreateProcess. A process is started detached, in a process group of its own, with none of the
 // server's files, ports or sockets; it is never waited for unless the caller says so, and its end is
 // collected without leaving a zombie.
 

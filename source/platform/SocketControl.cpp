@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -20,11 +21,22 @@ namespace {
 
 constexpr qint64 kSendBacklog = 1024 * 1024;
 constexpr qint64 kReceiveBuffer = 4096;
+// How long a listener rests that found no descriptor or no memory for a client.
+constexpr int kAcceptRetryInterval = 1000;  // milliseconds
 
 // Hands each request on as it comes, one at a time: once the owner has accepted, the listener is closed and
 // asks no more.
 class RequestListener : public QTcpServer {
  public:
+  RequestListener() {
+    // The toolkit's listener stops for good at an accept that fails.
+    connect(this, &QTcpServer::acceptError, this, [this] {
+      QTimer::singleShot(kAcceptRetryInterval, this, [this] {
+        if (isListening()) resumeAccepting();
+      });
+    });
+  }
+
   std::function<void(qintptr)> request;
 
  protected:
@@ -88,7 +100,8 @@ class TcpControl : public SocketControl {
   }
 
   void SendData(std::string_view bytes) override {
-    if (State() != sckConnected) return;
+    // One whose end is on its way gets no more.
+    if (State() != sckConnected || client_->bytesToWrite() > kSendBacklog) return;
     client_->write(bytes.data(), static_cast<qint64>(bytes.size()));
     // Aborted from the event loop, so that a sender never finds its own connection gone half-way through its
     // lines.

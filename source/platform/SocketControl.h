@@ -3,8 +3,8 @@
 // Keeps: listen, accept by request, send, close, and the states that matter. The listening socket closes at
 // the accept, so that a second client is refused until the owner listens again. What a client sends is
 // dropped unread. A client that does not read is closed once 1 MiB waits for it; one that has vanished is
-// found out within half a minute; so is one that
-// takes nothing at all for that long.
+// found out within half a minute, and so is one that takes nothing at all for that long. A request that the
+// system has no descriptor for waits until it has.
 
 #pragma once
 

@@ -77,13 +77,6 @@ TEST_F(FeedBlank, ItsActivationLeavesNoFeedActive) {
   EXPECT_EQ(gActiveFeed, 1);
 }
 
-TEST_F(FeedBlank, LineErrorsAndTextAtItsClosedPortsComeToNothing) {
-  frmWireFeed& form = StartBlank(1);
-  Port(1)->Arrive("\x01Text\x04");
-  EXPECT_EQ(form.txtCapture()->Text(), "");
-  EXPECT_TRUE(processes.started.empty());
-}
-
 TEST_F(FeedBlank, MembersDoNothing) {
   frmWireFeed& form = StartBlank(1);
   form.sendWinSockMessage("Processed New Story");

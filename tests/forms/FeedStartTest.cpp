@@ -126,6 +126,7 @@ TEST_F(FeedStart, FailingBounceGivesItsBoxAndCaptureGoesOn) {
   Port(1)->Arrive("\x01Story\x04");
   EXPECT_EQ(processes.started.size(), 1u);
   EXPECT_EQ(Port(0)->sent(), "");
+  EXPECT_EQ(Port(0)->lost(), "");
 }
 
 TEST_F(FeedStart, PortOfAnotherFeedGivesTheMessageOfAMissingOneWithItsOwnError) {

@@ -74,6 +74,7 @@ TEST(FakeSerialControl, RecordsWhatIsSentWhileOpen) {
   fakes[0]->Replug();
   control->Output("again");
   EXPECT_EQ(fakes[0]->sent(), "sent again");
+  EXPECT_EQ(fakes[0]->lost(), "lostlost");
 }
 
 TEST(FakeSerialControl, LeavesFormerSettingsAtInvalidOnes) {

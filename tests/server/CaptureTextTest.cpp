@@ -145,6 +145,14 @@ TEST(CaptureTextTest, TextIsCutOnceHoweverLongItIs) {
   EXPECT_EQ(Shown({std::string(30000, 'a'), "b"}).size(), 30000U - 4096U + 1U);
 }
 
+// A line that is full for ever brings more with each arrival than the cut takes.
+TEST(CaptureTextTest, TextOfMoreThanAQuarterMebibyteKeepsItsLastSixteenThousand) {
+  const std::string most(262144, 'a');
+  EXPECT_EQ(Shown({most, "b"}).size(), 262144U - 4096U + 1U);
+  EXPECT_EQ(Shown({most, std::string(4097, 'b'), "c"}),
+            std::string(16000 - 4097, 'a') + std::string(4097, 'b') + "c");
+}
+
 TEST(CaptureTextTest, EmptyArrivalCutsALongTextToo) {
   EXPECT_EQ(Shown({std::string(16001, 'a'), ""}).size(), 11905U);
 }

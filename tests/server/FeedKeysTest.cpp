@@ -155,7 +155,8 @@ TEST_F(FeedKeysTest, NamesMatchWithoutRegardToCase) {
   EXPECT_EQ(feed.Settings, "2400,E,7,1");
 }
 
-TEST_F(FeedKeysTest, EmptyTextIsStored) {
+TEST_F(FeedKeysTest, TextThatHasGoneEmptyIsStored) {
+  Load("[TextData]\r\nSettings=2400,e,7,1\r\nHighLightFont=Arial\r\nCutOverride=Cut\r\n");
   const WireFeedRecord& feed = Load("[TextData]\r\nSettings=\r\nHighLightFont=\r\nCutOverride=\r\n");
   EXPECT_EQ(feed.Settings, "");
   EXPECT_EQ(feed.HighLightFont, "");
@@ -194,6 +195,9 @@ TEST_F(FeedKeysTest, LastRecordedCartIsOneBelowTheFirstByDefault) {
   EXPECT_EQ(
       Load("[AudioCapture]\r\nLastRecordedCartNumber=7\r\nStartCartNumber=5000\r\n").LastRecordedCartNumber,
       7);
+  EXPECT_EQ(
+      Load("[AudioCapture]\r\nLastRecordedCartNumber=\r\nStartCartNumber=5000\r\n").LastRecordedCartNumber,
+      4999);
 }
 
 TEST_F(FeedKeysTest, ExpireAudioIsNeverRead) {

@@ -232,8 +232,14 @@ TEST_F(RunProcessTest, NoBlockedOrIgnoredSignalIsInherited) {
   EXPECT_EQ(OrdinarySignals(status, "SigIgn:"), 0U) << status;
 }
 
-TEST_F(RunProcessTest, ProcessStandsInASessionOfItsOwn) {
+TEST_F(RunProcessTest, ProcessStandsInAGroupOfItsOwn) {
   ASSERT_NE(Run(WaitingProgram(), ""), 0);
+  EXPECT_EQ(::getpgid(Pid()), Pid());
+  OpenGate();
+}
+
+TEST_F(RunProcessTest, ProcessAtTheLowestPriorityStandsInASessionOfItsOwn) {
+  ASSERT_NE(RunProcess(WaitingProgram(), "", kIdlePriorityClass, kWaitNone, 0, information_), 0);
   EXPECT_EQ(::getsid(Pid()), Pid());
   OpenGate();
 }

@@ -1,16 +1,10 @@
 // The status port on the network, as a terminal meets it.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <string>
 
-#include "feed/StatusPort.h"
-#include "platform/Clock.h"
-#include "platform/Settings.h"
-#include "support/EventLoop.h"
-#include "support/FakeDesktop.h"
-#include "support/PlainClient.h"
+#include "server/StatusPortFixture.h"
 
 namespace vorda {
 namespace {
@@ -18,56 +12,14 @@ namespace {
 using test::PlainClient;
 using test::WaitUntil;
 
-// A sound card number and an address of this process's own, so that tests may run side by side.
-const int kSoundCard = static_cast<int>(::getpid()) % 20000;
-const std::string kAddress = "127.0.0." + std::to_string(2 + static_cast<int>(::getpid()) / 20000 % 250);
-
-platform::Settings LoopbackSettings() {
-  platform::Settings settings;
-  settings.statusPortAddress = kAddress;
-  settings.shortDate = "yyyy-MM-dd";
-  return settings;
-}
-
-class StatusPortSocketTest : public ::testing::Test {
- protected:
-  StatusPortSocketTest() { port_.Start(static_cast<std::int16_t>(kSoundCard)); }
-
-  // True when somebody listens: the client is then in, or about to be.
-  static bool Connect(PlainClient& client) { return client.Connect(kAddress, 6960 + kSoundCard); }
-  static bool Receives(PlainClient& client, const std::string& bytes) {
-    return WaitUntil([&] {
-             client.Read();
-             return client.Received().size() >= bytes.size();
-           }) &&
-           client.Received() == bytes;
-  }
-  static bool SomebodyListens() {
-    PlainClient client;
-    return Connect(client);
-  }
-
-  platform::ScopedSettings settings_{LoopbackSettings()};
-  platform::ScopedClock clock_{platform::Moment{platform::DayNumber(2026, 11, 21), 86399.5}};
-  test::FakeBoxes boxes_;
-  StatusPort port_{[] { return StatusPortState{"Feed", 9000, 9001}; }};
-
-  const std::string kBlock =
-      "2026-11-21 23:59:59 Status Information:\r\n"
-      "2026-11-21 23:59:59 ------------------------------------------------------\r\n"
-      "2026-11-21 23:59:59 Log Name          : Feed\r\n"
-      "2026-11-21 23:59:59 Last Record       : 9000\r\n"
-      "2026-11-21 23:59:59 Current Recording : 9001\r\n"
-      "2026-11-21 23:59:59 ------------------------------------------------------\r\n"
-      "2026-11-21 23:59:59 \r\n";
-};
+class StatusPortSocketTest : public test::StatusPortFixture {};
 
 TEST_F(StatusPortSocketTest, ClientReadsTheBlockAndThenEachLine) {
   PlainClient client;
   ASSERT_TRUE(Connect(client));
   ASSERT_TRUE(Receives(client, kBlock)) << client.Received();
   port_.Send("Processed New Story");
-  EXPECT_TRUE(Receives(client, kBlock + "2026-11-21 23:59:59 Processed New Story\r\n")) << client.Received();
+  EXPECT_TRUE(Receives(client, BlockAnd("Processed New Story"))) << client.Received();
 }
 
 TEST_F(StatusPortSocketTest, LineSentWithoutAClientIsNeverRepeated) {
@@ -76,7 +28,7 @@ TEST_F(StatusPortSocketTest, LineSentWithoutAClientIsNeverRepeated) {
   ASSERT_TRUE(Connect(client));
   ASSERT_TRUE(Receives(client, kBlock));
   port_.Send("last");
-  EXPECT_TRUE(Receives(client, kBlock + "2026-11-21 23:59:59 last\r\n")) << client.Received();
+  EXPECT_TRUE(Receives(client, BlockAnd("last"))) << client.Received();
 }
 
 TEST_F(StatusPortSocketTest, SecondClientIsRefusedAndTheFirstStays) {
@@ -85,7 +37,7 @@ TEST_F(StatusPortSocketTest, SecondClientIsRefusedAndTheFirstStays) {
   ASSERT_TRUE(Receives(first, kBlock));
   EXPECT_FALSE(SomebodyListens());
   port_.Send("still here");
-  EXPECT_TRUE(Receives(first, kBlock + "2026-11-21 23:59:59 still here\r\n"));
+  EXPECT_TRUE(Receives(first, BlockAnd("still here")));
 }
 
 TEST_F(StatusPortSocketTest, ListensAgainAfterTheClientHasLeft) {
@@ -113,7 +65,7 @@ TEST_F(StatusPortSocketTest, ClientThatConnectsAndLeavesAtOnceDoesNotBlockThePor
 TEST_F(StatusPortSocketTest, SecondFeedOnTheSamePortFailsSilently) {
   {
     StatusPort second([] { return StatusPortState{"Other", 1, 1}; });
-    second.Start(static_cast<std::int16_t>(kSoundCard));
+    second.Start(SoundCard());
     second.Send("dropped");
     PlainClient client;
     ASSERT_TRUE(Connect(client));
@@ -141,7 +93,7 @@ TEST_F(StatusPortSocketTest, LastLineAheadOfTheCloseIsDelivered) {
   port_.Send("Closed Audio File");
   port_.Close();
   ASSERT_TRUE(WaitUntil([&] { return client.Read(); }));
-  EXPECT_EQ(client.Received(), kBlock + "2026-11-21 23:59:59 Closed Audio File\r\n");
+  EXPECT_EQ(client.Received(), BlockAnd("Closed Audio File"));
 }
 
 TEST_F(StatusPortSocketTest, WhatTheClientSendsIsDroppedHoweverMuchItIs) {
@@ -157,7 +109,7 @@ TEST_F(StatusPortSocketTest, WhatTheClientSendsIsDroppedHoweverMuchItIs) {
       },
       30000));
   port_.Send("still here");
-  EXPECT_TRUE(Receives(client, kBlock + "2026-11-21 23:59:59 still here\r\n"));
+  EXPECT_TRUE(Receives(client, BlockAnd("still here")));
 }
 
 TEST_F(StatusPortSocketTest, ClientThatReadsLateLosesNothingBelowTheBacklog) {

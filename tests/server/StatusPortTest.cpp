@@ -154,11 +154,15 @@ TEST_F(StatusPortTest, RequestDuringAConnectionEndsTheConnection) {
   EXPECT_EQ(log_.calls, (Calls{"Close", "Accept 2"}));
 }
 
-TEST_F(StatusPortTest, ClientThatLeftBeforeTheAcceptGetsNothing) {
+TEST_F(StatusPortTest, ClientThatLeftBeforeTheAcceptGetsNothingAndTheNextIsLetIn) {
   log_.stateAfterAccept = platform::sckClosed;
   port_.Start(0);
   Connect(1);
   EXPECT_EQ(log_.sent, "");
+  EXPECT_EQ(log_.calls, (Calls{"Listen", "Close", "Accept 1", "Listen"}));
+  log_.stateAfterAccept = platform::sckConnected;
+  Connect(2);
+  EXPECT_NE(log_.sent.find("Status Information:"), std::string::npos);
 }
 
 TEST_F(StatusPortTest, ListensAgainWhenTheClientHasGone) {

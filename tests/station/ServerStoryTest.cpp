@@ -119,6 +119,29 @@ TEST(ServerStory, LineThatWasUnpluggedAndIsBackGoesOn) {
   EXPECT_EQ(station.Server().output(), "");
 }
 
+TEST(ServerStory, StoryOfAnEarlierRunIsLeftAlone) {
+  Station station;
+  station.AddFeed(1, "CapturePort=1\r\n");
+  station.Start();
+  StatusClient client;
+  ASSERT_TRUE(station.Connect(client));
+  ASSERT_TRUE(
+      station.com1->Write("\x01"
+                          "half"));
+  ASSERT_TRUE(WaitUntil([&] { return station.StoryFiles(1).size() == 1; }));
+  const std::string left = station.StoryFiles(1)[0];
+  ASSERT_TRUE(WaitUntil([&] { return ReadWholeFile(left) == "half"; }));
+  station.Server().Signal(SIGTERM);
+  ASSERT_EQ(station.Server().ExitCode(), 0);
+  station.Start();
+  StatusClient second;
+  ASSERT_TRUE(station.Connect(second));
+  ASSERT_TRUE(station.com1->Write("\x01New story\x04"));
+  ASSERT_TRUE(station.WaitForStories(1));
+  EXPECT_EQ(station.Stories().at(0).text, "New story");
+  EXPECT_EQ(ReadWholeFile(left), "half");
+}
+
 TEST(ServerStory, MissingToolIsPassedOverAndTheStoryStays) {
   Station station;
   station.AddFeed(1, "CapturePort=1\r\n");

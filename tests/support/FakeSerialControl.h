@@ -56,7 +56,8 @@ class FakeSerialControl : public platform::SerialControl {
   // The device goes away, or is back.
   void Unplug() { open_ = false; }
   void Replug() { open_ = true; }
-  // All that was put out while the port was open.
+  // All that was put out while the port was open, and while it was not.
+  const std::string& lost() const { return lost_; }
   const std::string& sent() const { return sent_; }
   std::int16_t threshold() const { return threshold_; }
   // The number that the port was opened by.
@@ -77,7 +78,7 @@ class FakeSerialControl : public platform::SerialControl {
   bool PortOpen() const override { return open_; }
   std::string Input() override { return std::exchange(input_, {}); }
   void Output(std::string_view bytes) override {
-    if (open_) sent_ += bytes;
+    (open_ ? sent_ : lost_) += bytes;
   }
   std::int16_t CommEvent() const override { return commEvent_; }
 
@@ -99,6 +100,7 @@ class FakeSerialControl : public platform::SerialControl {
   bool open_ = false;
   std::string input_;
   std::string sent_;
+  std::string lost_;
 };
 
 inline int FakeSerialControl::SetPortOpen(bool open) {

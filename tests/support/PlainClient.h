@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <linux/filter.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -60,10 +61,41 @@ class PlainClient {
     return count < 0 ? 0 : static_cast<std::size_t>(count);
   }
 
+  // Vanishes without a word, as one whose cable was pulled: whatever is sent or asked from now on is dropped
+  // unanswered. False when the system doesn't let it.
+  bool Vanish() {
+    sock_filter dropAll = {BPF_RET | BPF_K, 0, 0, 0};
+    const sock_fprog program = {1, &dropAll};
+    return ::setsockopt(descriptor_, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof program) == 0;
+  }
+  // Leaves as a program that was killed with bytes unread does: by a reset.
+  void LeaveByReset() {
+    const linger atOnce = {1, 0};
+    ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    Leave();
+  }
+
+  // The server's end of the connection, in a server of this process; -1 when there is none.
+  int ServersEnd() const {
+    sockaddr_in own{};
+    socklen_t length = sizeof own;
+    ::getsockname(descriptor_, reinterpret_cast<sockaddr*>(&own), &length);
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+      sockaddr_in6 far{};
+      length = sizeof far;
+      if (::getpeername(descriptor, reinterpret_cast<sockaddr*>(&far), &length) == 0 &&
+          far.sin6_port == own.sin_port)
+        return descriptor;
+    }
+    return -1;
+  }
+
   void Leave() {
     if (descriptor_ >= 0) ::close(descriptor_);
     descriptor_ = -1;
   }
+  // Sends nothing more; what comes is still read.
+  void EndSending() { ::shutdown(descriptor_, SHUT_WR); }
 
  private:
   int descriptor_ = -1;

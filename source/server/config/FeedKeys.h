@@ -1,5 +1,5 @@
-// The keys of a feed configuration file that are read by name: one table for the reader, the dialogs and the
-// tests.
+// The keys of a feed configuration file that stand for one field each: one table for the reader and whatever
+// writes the file. The lists, the name and the record format are read apart.
 
 #pragma once
 

@@ -6,6 +6,8 @@ namespace {
 constexpr char kBackspace = '\b';
 constexpr std::size_t kLongestText = 16000;
 constexpr std::size_t kCutLength = 4096;
+// Only a line whose every read is full gets here: arrivals that become longer in the filter than the cut.
+constexpr std::size_t kMostText = std::size_t{1} << 18;
 }  // namespace
 
 bool ResolveBackspaces(std::string& data) {
@@ -41,6 +43,7 @@ void NormaliseLineEnds(std::string& data) {
 }
 
 void CaptureText::Append(std::string& data) {
+  if (text_.size() > kMostText) text_.erase(0, text_.size() - kLongestText);
   if (text_.size() > kLongestText) text_.erase(0, kCutLength);
   // Nothing to take in an empty text: the backspace is dropped.
   if (ResolveBackspaces(data) && !text_.empty()) text_.pop_back();

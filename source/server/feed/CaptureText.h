@@ -23,8 +23,8 @@ class CaptureText {
   const std::string& Text() const { return text_; }
 
   // Shows an arrival, which is filtered on the way. A text of more than 16000 characters loses its first 4096
-  // before. A backspace at the arrival's front takes the last character that is shown, one however many there
-  // are.
+  // before, and one of more than 256 KiB all but its last 16000. A backspace at the arrival's front takes the
+  // last character that is shown, one however many there are.
   void Append(std::string& data);
 
  private:

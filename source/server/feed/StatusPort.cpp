@@ -40,7 +40,11 @@ void StatusPort::Send(std::string_view text) {
 void StatusPort::Welcome(std::intptr_t requestId) {
   if (winSockAudio_->State() != platform::sckClosed) winSockAudio_->Close();
   winSockAudio_->Accept(requestId);
-  if (winSockAudio_->State() != platform::sckConnected) return;
+  if (winSockAudio_->State() != platform::sckConnected) {
+    // Nothing will tell of the end of a client that never came in.
+    if (winSockAudio_->State() == platform::sckClosed) winSockAudio_->Listen();
+    return;
+  }
   const StatusPortState state = state_();
   Send("Status Information:");
   Send(kRule);

@@ -12,6 +12,8 @@ namespace vorda {
 
 namespace {
 
+constexpr std::size_t kFirstWindow = 256;
+
 // How many characters stand ahead of the first one of `code`; all of them when there is none.
 std::size_t LengthAhead(std::string_view data, int code) {
   if (code < 0 || code > 255) return data.size();
@@ -22,9 +24,16 @@ std::size_t LengthAhead(std::string_view data, int code) {
 
 }  // namespace
 
+// Looks in windows that grow with the piece: a search to the end of the data for each piece would cost the
+// square of an arrival full of codes of one kind.
 StoryPiece NextStoryPiece(std::string_view data, int startChar, int endChar) {
-  std::size_t length = LengthAhead(data, endChar);
-  length = LengthAhead(data.substr(0, length), startChar);
+  std::size_t length = 0;
+  for (std::size_t window = kFirstWindow; length < data.size(); window *= 2) {
+    const std::string_view looked = data.substr(length, window);
+    const std::size_t ahead = LengthAhead(looked.substr(0, LengthAhead(looked, endChar)), startChar);
+    length += ahead;
+    if (ahead < looked.size()) break;
+  }
   if (length > 0) return {StoryPiece::Kind::Text, length};
   const bool ends = static_cast<unsigned char>(data.front()) == endChar;
   return {ends ? StoryPiece::Kind::End : StoryPiece::Kind::Start, 1};
@@ -83,11 +92,23 @@ void StoryCapture::CloseTempTextStoryFile() {
   platform::ProcessInformation information;
   const std::string program = platform::JoinPath(platform::ProgramDirectory(), "ItemFile.exe");
   const std::string arguments =
-      platform::NativePath(feed->StoryFileName) + "|" + platform::NativePath(feed->FullConfigFile);
+      platform::NativePathOfNewFile(feed->StoryFileName) + "|" + ConfigPath(feed->FullConfigFile);
   RunProcess(program, arguments, 0, kWaitNone, kShowMinimized, information);
   announce_("Processed New Story");
   feed->StoryFileHandle = 0;
   feed->StoryFileName.clear();
+}
+
+// The configuration file as the tool can open it. A look for it without regard to case reads the whole
+// directory, which a missing story tool fills: one file found so is kept for as long as it is there.
+std::string StoryCapture::ConfigPath(const std::string& fullConfigFile) {
+  std::string path = platform::NativePathOfNewFile(fullConfigFile);
+  if (platform::NativeFileSize(path) >= 0) return path;
+  if (configText_ != fullConfigFile || platform::NativeFileSize(configPath_) < 0) {
+    configPath_ = platform::NativePath(fullConfigFile);
+    configText_ = fullConfigFile;
+  }
+  return configPath_;
 }
 
 }  // namespace vorda

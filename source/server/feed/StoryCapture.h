@@ -44,8 +44,13 @@ class StoryCapture {
   void CloseTempTextStoryFile();
 
  private:
+  std::string ConfigPath(const std::string& fullConfigFile);
+
   std::function<std::string()> tag_;
   std::function<void(std::string_view)> announce_;
+  // The configuration file found last, and the text that it was found for.
+  std::string configPath_;
+  std::string configText_;
 };
 
 }  // namespace vorda

@@ -44,6 +44,27 @@ static_checks() {
     --template='{file}:{line}: {id}: {message}' source simulator
 }
 
+# One file at a time; a file that was found clean isn't looked at again until it, a header or the list of checks changes.
+tidy_file() {
+  local clean
+  clean=build/tidy/$( (echo "$headers"; cat "$1") | sha256sum | cut -d' ' -f1)
+  [ ! -e "$clean" ] || return 0
+  if clang-tidy-14 --quiet -p build/dev "$1" 2>/dev/null >"$clean.found"; then
+    mv "$clean.found" "$clean"
+  else
+    cat "$clean.found"
+    rm -f "$clean.found"
+  fi
+}
+tidy() {
+  mkdir -p build/tidy
+  [ -e build/dev/compile_commands.json ] || cmake --preset dev >/dev/null || return
+  headers=$(git ls-files -co --exclude-standard .clang-tidy CMakeLists.txt CMakePresets.json 'source/*.h' | xargs cat | sha256sum)
+  export headers
+  export -f tidy_file
+  git ls-files -co --exclude-standard 'source/*.cpp' | xargs -P "$(nproc)" -I {} bash -c 'tidy_file {}'
+}
+
 ask "not laid out by clang-format (clang-format -i FILE)" layout
 ask "longer than 400 lines (what is the second subject in it?)" too_long
 ask "the platform layer must not know the server" platform_reaches_up
@@ -57,6 +78,7 @@ ask "a test that is skipped or can't fail" tests_that_prove_nothing
 ask "Python that does not parse" python_that_does_not_parse
 ask "a kept oddity names a test that isn't there" oddities_without_test
 ask "cppcheck" static_checks
+ask "clang-tidy" tidy
 
 [ $bad -eq 0 ] && echo "check: ${#sources[@]} files in order"
 exit $bad

@@ -27,7 +27,7 @@ constexpr int kBarWidth = 420;     // pixels
 
 QString HowFar(const platform::FileCopy& copy) {
   const QLocale locale;
-  const QString done = locale.formattedDataSize(static_cast<qint64>(copy.Done()));
+  QString done = locale.formattedDataSize(static_cast<qint64>(copy.Done()));
   // The size of what a pipe or a device will give is not known.
   if (copy.Total() == 0) return done;
   return done + QStringLiteral(" of ") + locale.formattedDataSize(static_cast<qint64>(copy.Total()));

@@ -18,7 +18,7 @@ void PlainScrollBar::paintEvent(QPaintEvent*) {
     return style()->subControlRect(QStyle::CC_ScrollBar, &bar, control, this);
   };
   const auto arrow = [&](QStyle::PrimitiveElement element, QStyle::SubControl control) {
-    QStyleOption option = bar;
+    QStyleOption option(static_cast<const QStyleOption&>(bar));
     option.rect = part(control).adjusted(3, 3, -3, -3);
     style()->drawPrimitive(element, &option, &painter, this);
   };

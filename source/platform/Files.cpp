@@ -115,7 +115,7 @@ std::string MakeTempFile(const std::string& directory, std::string_view prefix) 
   for (int tries = 0; tries < kTries; ++tries) {
     char digits[16];
     std::snprintf(digits, sizeof digits, "%08X", NextTempNumber());
-    const std::string name = std::string(prefix.substr(0, 3)) + digits + ".TMP";
+    std::string name = std::string(prefix.substr(0, 3)) + digits + ".TMP";
     if (OpenFile(directory + "/" + name, O_WRONLY | O_CREAT | O_EXCL).isOpen()) return name;
     if (errno != EEXIST) {
       Failed(errno);

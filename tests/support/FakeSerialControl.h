@@ -77,9 +77,7 @@ class FakeSerialControl : public platform::SerialControl {
   int SetPortOpen(bool open) override;
   bool PortOpen() const override { return open_; }
   std::string Input() override { return std::exchange(input_, {}); }
-  void Output(std::string_view bytes) override {
-    (open_ ? sent_ : lost_) += bytes;
-  }
+  void Output(std::string_view bytes) override { (open_ ? sent_ : lost_) += bytes; }
   std::int16_t CommEvent() const override { return commEvent_; }
 
  private:

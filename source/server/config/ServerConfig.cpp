@@ -22,7 +22,8 @@ namespace {
 
 // The first run: nobody has told where feed 1's news directory lies.
 void AskForNewsDirectory(const std::string& section, WireFeedRecord& feed) {
-  const std::string directory = platform::Trim(BrowseForFolder(nullptr, "Select Primary News Feed Directory"));
+  const std::string directory =
+      platform::Trim(BrowseForFolder(nullptr, "Select Primary News Feed Directory"));
   if (directory.empty()) return;
   feed.NewsPath = directory;
   platform::WriteProfileString(section, "NewsPath", directory, gIniFileName);

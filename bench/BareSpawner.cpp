@@ -7,13 +7,14 @@
 
 #include <spawn.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
+
+#include "Moments.h"
 
 extern char** environ;
 
@@ -29,12 +30,6 @@ std::size_t ResidentBytes() {
   return read ? resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE)) : 0;
 }
 
-std::int64_t Now() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * std::int64_t{1000000000} + now.tv_nsec;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -45,7 +40,7 @@ int main(int argc, char** argv) {
   char* arguments[] = {argv[2], nullptr};
   for (char byte = 0; ::read(STDIN_FILENO, &byte, 1) == 1;) {
     pid_t process = 0;
-    const std::int64_t before = Now();
+    const std::int64_t before = vorda::bench::Now();
     if (::posix_spawn(&process, argv[2], nullptr, nullptr, arguments, environ) != 0) return 1;
     if (::write(STDOUT_FILENO, &before, sizeof before) != sizeof before) return 1;
     ::waitpid(process, nullptr, 0);

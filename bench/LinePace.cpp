@@ -6,7 +6,6 @@
 // would. Prints what was sent, what a line didn't take, and how late the middle and the worst arrival were.
 
 #include <fcntl.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,25 +15,15 @@
 #include <string>
 #include <vector>
 
+#include "Moments.h"
 #include "WireSections.h"
 
 namespace {
 
+using namespace vorda::bench;
+
 constexpr std::int64_t kBytesPerSecond = 11520;
 constexpr std::size_t kArrivalLength = 16;
-constexpr std::int64_t kSecond = 1000000000;
-
-std::int64_t Now() {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  return now.tv_sec * kSecond + now.tv_nsec;
-}
-
-void WaitUntil(std::int64_t moment) {
-  const timespec until{moment / kSecond, moment % kSecond};
-  while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) != 0) {
-  }
-}
 
 struct Line {
   int descriptor = -1;
@@ -72,7 +61,7 @@ std::vector<Line> OpenLines(char** numbers, int count, const std::string& copy) 
 
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
-  const std::string copy = vorda::bench::LoadWireSection('A').bytes;
+  const std::string copy = LoadWireSection('A').bytes;
   std::vector<Line> lines = OpenLines(argv + 2, argc - 2, copy);
   const std::int64_t perSecond =
       kBytesPerSecond / static_cast<std::int64_t>(kArrivalLength) * static_cast<std::int64_t>(lines.size());

@@ -4,17 +4,16 @@
 
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
+#include "Moments.h"
+
 int main(int argc, char** argv) {
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  const std::int64_t began = now.tv_sec * std::int64_t{1000000000} + now.tv_nsec;
+  const std::int64_t began = vorda::bench::Now();
   const char* path = std::getenv("VORDA_BENCH_SOCKET");
   sockaddr_un place{};
   place.sun_family = AF_UNIX;

@@ -13,12 +13,13 @@ import os
 import platform
 import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
-from rows import display, end_code, filter_and_cut, start
+from rows import display, end_code, filter_and_cut, full_speed, idle, start, steady_pace
 from rows.row import Bench, MeasureError, Row
 
-MODULES = (filter_and_cut, end_code, display, start)
+MODULES = (filter_and_cut, end_code, full_speed, steady_pace, display, idle, start)
 HEADINGS = ["row", "figure", "baseline", "compared", "reach", ""]
 
 
@@ -59,13 +60,17 @@ def measure(bench: Bench, name_holds: str) -> tuple[list[Row], bool]:
     for module in MODULES:
         if name_holds not in module.NAME:
             continue
-        print(f"measuring: {module.NAME}", file=sys.stderr, flush=True)
+        print(f"measuring: {module.NAME}, about {_spoken(module.lasts(bench))}", file=sys.stderr, flush=True)
         try:
             rows += module.measure(bench)
         except (MeasureError, OSError) as error:
             print(f"bench: {module.NAME} can't be measured: {error}", file=sys.stderr)
             failed = True
     return rows, failed
+
+
+def _spoken(seconds: float) -> str:
+    return f"{seconds:.0f} seconds" if seconds < 100 else f"{seconds / 60:.0f} minutes"
 
 
 def main() -> int:
@@ -75,13 +80,17 @@ def main() -> int:
     parser.add_argument("--build", type=Path, required=True, help="the folder of a release build")
     parser.add_argument("--json", type=Path, help="write all figures and samples to this file")
     parser.add_argument("--quick", action="store_true", help="few repetitions: shows that all runs; not for quoting")
+    parser.add_argument("--long", action="store_true", help="idle for ten minutes instead of one")
+    parser.add_argument("--folder", type=Path, help="where the files of a run lie; otherwise stories in memory, the rest in /tmp")
     options = parser.parse_args()
+    if options.folder:
+        tempfile.tempdir = str(options.folder.resolve(strict=True))
     description = machine(options.build)
     print("{processor}, {cores} cores, Linux {kernel}, Qt {qt}; load at the start {load}".format(**description), flush=True)
-    rows, failed = measure(Bench(options.build.resolve(), options.quick), options.filter)
+    rows, failed = measure(Bench(options.build.resolve(), options.quick, options.long, options.folder), options.filter)
     print_table(rows)
     if options.json:
-        report = {"machine": description, "quick": options.quick, "rows": [row.as_json() for row in rows]}
+        report = {"machine": description, "quick": options.quick, "long": options.long, "rows": [row.as_json() for row in rows]}
         options.json.write_text(json.dumps(report, indent=1), encoding="utf-8")
     return 1 if failed or not rows else 0
 

@@ -5,7 +5,6 @@ from __future__ import annotations
 import json
 import subprocess
 import time
-from pathlib import Path
 
 from .row import Bench, MeasureError, Row, difference_row
 from .station import Program, Station
@@ -15,14 +14,17 @@ REACH_POINTS = 3
 LINES = 4
 # Time for the first seconds' work, which no later one repeats.
 SETTLE_SECONDS = 1.5
-SCREEN = {"screens": [{"name": "screen", "x": 0, "y": 0, "width": 1920, "height": 1080}]}
+
+
+def lasts(bench: Bench) -> float:
+    return bench.times(5, 1) * 4 * (SETTLE_SECONDS + bench.times(10, 4) + 2)
 
 
 def measure(bench: Bench) -> list[Row]:
     seconds = bench.times(10, 4)
     subjects = {
-        "placed": lambda station: _windows(bench.server, station),
-        "tiled": lambda station: _windows(bench.program("TiledServer"), station),
+        "placed": lambda station: station.start_on_screen(bench.server),
+        "tiled": lambda station: station.start_on_screen(bench.program("TiledServer")),
         "reads": lambda station: _reader(bench, station, "reads"),
         "stories": lambda station: _reader(bench, station, "stories"),
     }
@@ -44,12 +46,6 @@ def measure(bench: Bench) -> list[Row]:
 
 def _row(name: str, ours: list[float], baseline: list[float], reach: float | None) -> Row:
     return difference_row(f"{NAME}, {name}", "% of a core", ours, baseline, reach)
-
-
-def _windows(server: Path, station: Station) -> Program:
-    screen = station.folder / "screen.json"
-    screen.write_text(json.dumps(SCREEN))
-    return station.start_server(server, screen)
 
 
 def _reader(bench: Bench, station: Station, what: str) -> Program:

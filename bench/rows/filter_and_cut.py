@@ -11,6 +11,10 @@ NAME = "filter and cut"
 REACH = 1.5
 
 
+def lasts(bench: Bench) -> float:
+    return bench.times(25, 7) * 0.4
+
+
 def measure(bench: Bench) -> list[Row]:
     command = [
         str(bench.program("FilterAndCut")),

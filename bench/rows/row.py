@@ -17,6 +17,9 @@ class Bench:
 
     build: Path
     quick: bool
+    long: bool = False
+    # Where stations lie; None where the row likes best.
+    folder: Path | None = None
 
     @property
     def server(self) -> Path:

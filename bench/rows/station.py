@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import pty
 import shutil
@@ -19,16 +20,20 @@ STATUS_PORT = 6960
 START_CODE = b"\x01"
 END_CODE = b"\x03"
 START_SECONDS = 30
+SCREEN = {"screens": [{"name": "screen", "x": 0, "y": 0, "width": 1920, "height": 1080}]}
 
 
 class Station:
-    """The settings of a server with so many feeds. A context: the folder and the lines go with it."""
+    """The settings of a server with so many feeds, in `folder` or where temporary files lie. A context: the folder and the lines
+    go with it."""
 
-    def __init__(self, feeds: int, tools: Path) -> None:
-        self.folder = Path(tempfile.mkdtemp(prefix="vorda-bench-"))
+    def __init__(self, feeds: int, tools: Path, folder: Path | None = None) -> None:
+        self.folder = Path(tempfile.mkdtemp(prefix="vorda-bench-", dir=folder))
         self.address = _free_address()
         self.lines = [Line() for _ in range(feeds)]
         self.stamps = StampSocket(self.folder / "stamps")
+        self.names = NamePipe(self.folder / "names")
+        self.ticks = self.folder / "ticks"
         self.configurations = [self._write_feed(number) for number in range(1, feeds + 1)]
         ports = {f"Com{number}": line.device for number, line in enumerate(self.lines, 1)}
         sections = {"SerialPorts": ports, "StatusPort": {"Address": self.address}, "Program": {"Directory": tools}}
@@ -48,6 +53,7 @@ class Station:
         for line in self.lines:
             line.close()
         self.stamps.close()
+        self.names.close()
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def _write_feed(self, number: int) -> Path:
@@ -64,7 +70,13 @@ class Station:
     def environment(self) -> dict[str, str]:
         unwanted = ("DISPLAY", "WAYLAND_DISPLAY", "VORDA_HOME")
         inherited = {name: value for name, value in os.environ.items() if name not in unwanted}
-        ours = {"VORDA_HOME": self.folder, "QT_QPA_PLATFORM": "offscreen", "VORDA_BENCH_SOCKET": self.stamps.path}
+        ours = {
+            "VORDA_HOME": self.folder,
+            "QT_QPA_PLATFORM": "offscreen",
+            "VORDA_BENCH_SOCKET": self.stamps.path,
+            "VORDA_BENCH_PIPE": self.names.path,
+            "VORDA_BENCH_TICKS": self.ticks,
+        }
         return inherited | {name: str(value) for name, value in ours.items()}
 
     def start_server(self, server: Path, screen: Path | None = None) -> Program:
@@ -75,6 +87,12 @@ class Station:
         program = Program([server], environment)
         program.wait_for_port(self.address, STATUS_PORT)
         return program
+
+    def start_on_screen(self, server: Path) -> Program:
+        """The server on a screen on which its windows find room."""
+        screen = self.folder / "screen.json"
+        screen.write_text(json.dumps(SCREEN))
+        return self.start_server(server, screen)
 
 
 class Line:
@@ -111,6 +129,28 @@ class StampSocket:
 
     def close(self) -> None:
         self._socket.close()
+
+
+class NamePipe:
+    """Where the story tool says which story it was given."""
+
+    def __init__(self, path: Path) -> None:
+        self.path = path
+        os.mkfifo(path)
+        self._pipe = os.open(path, os.O_RDWR | os.O_NONBLOCK)
+        self._rest = b""
+
+    def receive(self) -> list[str]:
+        """The names of the stories that have come since the last time."""
+        try:
+            self._rest += os.read(self._pipe, 1 << 16)
+        except BlockingIOError:
+            return []
+        *names, self._rest = self._rest.split(b"\n")
+        return [name.decode("ascii") for name in names]
+
+    def close(self) -> None:
+        os.close(self._pipe)
 
 
 class Program:
@@ -165,8 +205,8 @@ class Program:
 
     def processor_seconds(self) -> float:
         """What it has used of the processors, without the programs it has started."""
-        behind_name = Path(f"/proc/{self.process}/stat").read_text().rpartition(")")[2].split()
-        return (int(behind_name[11]) + int(behind_name[12])) / os.sysconf("SC_CLK_TCK")
+        # The number of a process's clock, as the C library works it out.
+        return time.clock_gettime((~self.process << 3) | 2)
 
 
 def _field(file: Path, name: str) -> int:

@@ -56,8 +56,8 @@ class CopyWindow : public QDialog {
   void Look() {
     if (cancelled_) return;
     label_->setText(HowFar(copy_));
-    const std::uint64_t total = std::max<std::uint64_t>(copy_.Total(), 1);
-    bar_->setValue(static_cast<int>(std::min(copy_.Done(), total) * kSteps / total));
+    const std::uint64_t total = copy_.Total();
+    bar_->setValue(total == 0 ? 0 : static_cast<int>(std::min(copy_.Done(), total) * kSteps / total));
   }
 
   void reject() override {

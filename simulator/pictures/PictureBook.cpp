@@ -79,7 +79,7 @@ void TakePictures() {
   SaveBox("no-port", "Couldn't open port 1 for data capture, error : Device unavailable", BoxIcon::None);
   SaveBox("no-configuration",
           "Warning : No Vorda information was found in the specifed news directory: N:\\weather\\vorda.ini",
-          BoxIcon::Exclamation);
+          BoxIcon::Critical);
   SaveBox("run-time-error", "Run-time error '6':\n\nOverflow", BoxIcon::Critical);
 }
 

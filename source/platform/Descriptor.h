@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace vorda::platform {
@@ -32,5 +33,9 @@ class Descriptor {
 // Opens a native path; no child process inherits it, no terminal becomes the program's. A file that is made
 // has mode 0666 less the umask, or `mode`. Not open on failure; errno says why.
 Descriptor OpenFile(const std::string& path, int flags, unsigned mode = 0666);
+
+// Writes all of the bytes where the file stands, in as many pieces as the system takes. 0 or an errno; what
+// was taken before a failure stays written. `path` is what a fault on demand may name.
+int WriteAll(const Descriptor& file, std::string_view bytes, std::string_view path = {});
 
 }  // namespace vorda::platform

@@ -1,6 +1,7 @@
 #include "platform/DirectoryNames.h"
 
 #include <dirent.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -8,11 +9,15 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <tuple>
 #include <unordered_map>
 #include <utility>
 
+#include "platform/DirectoryNotices.h"
 #include "platform/FileFault.h"
 #include "platform/FileStamp.h"
+#include "platform/NameIndex.h"
+#include "platform/NativePath.h"
 #include "platform/Text.h"
 
 namespace vorda::platform {
@@ -23,55 +28,92 @@ namespace {
 constexpr std::size_t kMostDirectories = 64;
 constexpr std::size_t kMostNames = 200'000;
 
-using NameTable = std::unordered_map<std::string, std::string>;  // name in capitals to name on disk
-
 struct DirectoryScan {
-  FileStamp stamp;
-  NameTable names;
+  FileStamp stamp;  // of the directory when it was read
+  NameIndex names;
+  int watch = -1;  // the number of its notices, -1 = none come
+  bool whole = false;
   std::uint64_t lastUse = 0;
 };
 
-// A name on disk is UTF-8, or bytes of the code page that an older station left.
-std::string MatchingForm(std::string_view nameOnDisk) {
-  std::string ansi;
-  return UpperCase(FromUtf8(nameOnDisk, ansi) ? std::string_view(ansi) : nameOnDisk);
-}
-
 // False when the directory can't be read to its end; `names` then holds what was read.
-bool ScanDirectory(const std::string& directory, NameTable& names) {
-  names.clear();
+bool ScanDirectory(const std::string& directory, NameIndex& names) {
+  names.Clear();
   if (FileFault(FileOperation::Open, directory) != 0) return false;
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.c_str()), ::closedir);
   if (!entries) return false;
   errno = 0;
   while (const dirent* entry = ::readdir(entries.get())) {
-    std::string name = entry->d_name;
-    if (name == "." || name == "..") continue;
-    const auto [known, isNew] = names.try_emplace(MatchingForm(name), name);
-    if (!isNew && name < known->second) known->second = std::move(name);
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.AddNew(name);
   }
   return errno == 0;
 }
 
 class ScanCache {
  public:
-  std::string Match(const std::string& directory, const std::string& upperName) {
+  // The directory's names as they are now. With `afresh` a scan that only its stamp vouches for doesn't
+  // count.
+  const NameIndex* NamesOf(const std::string& directory, bool afresh) {
+    FollowNotices();
     // Stamp and clock are read before the scan: a change in between makes the next look scan again.
     const std::optional<FileStamp> stamp = StampOf(directory);
-    if (!stamp) return {};
+    if (!stamp) return nullptr;
     DirectoryScan& scan = scans_[directory];
     scan.lastUse = ++uses_;
-    if (!(scan.stamp == *stamp)) {
-      const bool settled = IsSettled(*stamp);
-      const bool complete = ScanDirectory(directory, scan.names);
-      scan.stamp = settled && complete ? *stamp : FileStamp();
-      MakeRoom();
-    }
-    const auto found = scan.names.find(upperName);
-    return found == scan.names.end() ? std::string() : found->second;
+    if (!Holds(scan, *stamp, afresh)) Read(directory, *stamp, scan);
+    return &scan.names;
   }
 
  private:
+  static bool Holds(const DirectoryScan& scan, const FileStamp& stamp, bool afresh) {
+    if (!scan.whole) return false;
+    // The path may name another directory by now.
+    if (scan.watch >= 0) return scan.stamp.device == stamp.device && scan.stamp.inode == stamp.inode;
+    return !afresh && scan.stamp == stamp;
+  }
+
+  void Read(const std::string& directory, const FileStamp& stamp, DirectoryScan& scan) {
+    Release(scan);
+    scan.watch = notices_.Watch(directory);
+    const bool settled = scan.watch >= 0 || IsSettled(stamp);
+    scan.whole = ScanDirectory(directory, scan.names) && settled;
+    scan.stamp = stamp;
+    MakeRoom();
+  }
+
+  void FollowNotices() {
+    std::vector<DirectoryNotice> notices;
+    if (!notices_.Take(notices)) {
+      for (auto& [directory, scan] : scans_) scan.whole = false;
+      return;
+    }
+    for (const DirectoryNotice& notice : notices) {
+      for (auto& [directory, scan] : scans_) {
+        if (scan.watch == notice.watch) Follow(notice, scan);
+      }
+    }
+  }
+
+  static void Follow(const DirectoryNotice& notice, DirectoryScan& scan) {
+    switch (notice.change) {
+      case DirectoryChange::Added:
+        return scan.names.Add(notice.name);
+      case DirectoryChange::Removed:
+        return scan.names.Remove(notice.name);
+      case DirectoryChange::Lost:
+        scan.whole = false;
+    }
+  }
+
+  // Two paths may name one directory, and then share its notices.
+  void Release(DirectoryScan& released) {
+    const int watch = std::exchange(released.watch, -1);
+    const bool shared = std::any_of(scans_.begin(), scans_.end(),
+                                    [watch](const auto& entry) { return entry.second.watch == watch; });
+    if (watch >= 0 && !shared) notices_.Forget(watch);
+  }
+
   // Drops the longest unused scans; the one in use stays, however large it is.
   void MakeRoom() {
     std::size_t names = 0;
@@ -81,19 +123,53 @@ class ScanCache {
         return a.second.lastUse < b.second.lastUse;
       });
       names -= oldest->second.names.size();
+      Release(oldest->second);
       scans_.erase(oldest);
     }
   }
 
+  DirectoryNotices notices_;
   std::unordered_map<std::string, DirectoryScan> scans_;
   std::uint64_t uses_ = 0;
 };
 
+ScanCache& Scans() {
+  static ScanCache cache;
+  return cache;
+}
+
+bool IsDirectory(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool ListedBefore(const std::string& a, const std::string& b) {
+  const auto isTemporary = [](std::string_view name) {
+    return name.size() >= 4 && SameText(name.substr(name.size() - 4), ".TMP");
+  };
+  return std::make_tuple(isTemporary(a), std::string_view(a)) <
+         std::make_tuple(isTemporary(b), std::string_view(b));
+}
+
 }  // namespace
 
 std::string MatchDirectoryName(const std::string& directory, std::string_view name) {
-  static ScanCache cache;
-  return cache.Match(directory, UpperCase(name));
+  const NameIndex* const names = Scans().NamesOf(directory, false);
+  return names == nullptr ? std::string() : names->Match(name);
+}
+
+std::vector<std::string> FilesWithStem(std::string_view stem) {
+  const std::size_t separator = stem.find_last_of("\\/");
+  if (separator == std::string_view::npos) return {};
+  const std::string directory = NativePath(stem.substr(0, separator));
+  if (directory.empty()) return {};
+  const NameIndex* const names = Scans().NamesOf(directory, true);
+  if (names == nullptr) return {};
+  std::vector<std::string> files = names->WithStem(stem.substr(separator + 1));
+  std::erase_if(files, [&](const std::string& name) { return IsDirectory(directory + "/" + name); });
+  for (std::string& name : files) name = NameFromDisk(name);
+  std::sort(files.begin(), files.end(), ListedBefore);
+  return files;
 }
 
 }  // namespace vorda::platform

@@ -4,16 +4,17 @@
 #include <QCoreApplication>
 
 #include <fcntl.h>
-#include <stdio.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/Descriptor.h"
 #include "platform/FileFault.h"
+#include "platform/FileRename.h"
 #include "platform/RunTimeError.h"
 
 namespace vorda::platform {
@@ -31,34 +32,11 @@ std::string GrowingName(const std::string& destination) {
   return directory + ".vorda-copy-" + std::to_string(::getpid()) + "-" + std::to_string(++number);
 }
 
-int RenameWithoutReplacing(const std::string& from, const std::string& to) {
-  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-  if (errno != EINVAL && errno != ENOSYS) return errno;
-  // A share that can't: a link never replaces, and where links don't exist either a look must do.
-  if (::link(from.c_str(), to.c_str()) == 0) return ::unlink(from.c_str()) == 0 ? 0 : errno;
-  if (errno == EEXIST) return EEXIST;
-  struct stat there {};
-  if (::lstat(to.c_str(), &there) == 0) return EEXIST;
-  return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
 // 0 or an errno.
 int Rename(const std::string& from, const std::string& to, bool replace) {
-  if (const int fault = FileFault(FileOperation::Rename, to); fault != 0) return fault;
   if (!replace) return RenameWithoutReplacing(from, to);
+  if (const int fault = FileFault(FileOperation::Rename, to); fault != 0) return fault;
   return ::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-int WriteAll(int file, const char* bytes, std::size_t length) {
-  while (length > 0) {
-    if (const int fault = FileFault(FileOperation::Write, {}); fault != 0) return fault;
-    const ssize_t written = ::write(file, bytes, length);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return written < 0 ? errno : ENOSPC;
-    bytes += written;
-    length -= static_cast<std::size_t>(written);
-  }
-  return 0;
 }
 
 int Sync(int file) {
@@ -110,7 +88,7 @@ int FileCopy::Copy() {
   const std::string growing = GrowingName(task_.destination);
   Descriptor copy = OpenFile(growing, O_WRONLY | O_CREAT | O_EXCL, status.st_mode & 0777);
   if (!copy.isOpen()) return errno;
-  int systemError = CopyBytes(source.number(), copy.number());
+  int systemError = CopyBytes(source.number(), copy);
   if (systemError == 0) {
     // A copy is as old as what it was made from.
     const timespec times[] = {status.st_atim, status.st_mtim};
@@ -123,7 +101,7 @@ int FileCopy::Copy() {
   return systemError;
 }
 
-int FileCopy::CopyBytes(int source, int destination) {
+int FileCopy::CopyBytes(int source, const Descriptor& destination) {
   std::vector<char> piece(kPiece);
   for (;;) {
     if (cancelled_) return ECANCELED;
@@ -131,8 +109,8 @@ int FileCopy::CopyBytes(int source, int destination) {
     if (length < 0 && errno == EINTR) continue;
     if (length < 0) return errno;
     if (length == 0) return cancelled_ ? ECANCELED : 0;
-    const int failed = WriteAll(destination, piece.data(), static_cast<std::size_t>(length));
-    if (failed != 0) return failed;
+    const std::string_view bytes(piece.data(), static_cast<std::size_t>(length));
+    if (const int failed = WriteAll(destination, bytes); failed != 0) return failed;
     done_ += static_cast<std::uint64_t>(length);
   }
 }

@@ -12,6 +12,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/Descriptor.h"
+
 namespace vorda::platform {
 
 struct FileCopyTask {
@@ -49,7 +51,7 @@ class FileCopy {
   void Run();
   int CopyOrMove();
   int Copy();
-  int CopyBytes(int source, int destination);
+  int CopyBytes(int source, const Descriptor& destination);
 
   const FileCopyTask task_;
   std::atomic<bool> cancelled_ = false;

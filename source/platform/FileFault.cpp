@@ -21,14 +21,21 @@ ScopedFileFault::ScopedFileFault(FileOperation operation, int systemError, int n
       pathPart_(std::move(pathPart)),
       outer_(innermost.exchange(this)) {}
 
+ScopedFileFault::ScopedFileFault(Question fault)
+    : fault_(std::move(fault)), outer_(innermost.exchange(this)) {}
+
 ScopedFileFault::~ScopedFileFault() {
   innermost = outer_;
 }
 
-bool ScopedFileFault::TakeCall(FileOperation operation, std::string_view path) {
-  if (operation != operation_ || path.find(pathPart_) == std::string_view::npos) return false;
+int ScopedFileFault::TakeCall(FileOperation operation, std::string_view path) {
+  if (fault_) {
+    ++calls_;
+    return fault_(operation, path);
+  }
+  if (operation != operation_ || path.find(pathPart_) == std::string_view::npos) return 0;
   ++calls_;
-  return calls_ >= first_ && calls_ - first_ < times_;
+  return calls_ >= first_ && calls_ - first_ < times_ ? systemError_ : 0;
 }
 
 int ScopedFileFault::calls() const {
@@ -41,7 +48,7 @@ int FileFault(FileOperation operation, std::string_view path) {
   const std::lock_guard lock(counting);
   int systemError = 0;
   for (ScopedFileFault* fault = innermost; fault != nullptr; fault = fault->outer_) {
-    if (fault->TakeCall(operation, path)) systemError = fault->systemError_;
+    if (const int error = fault->TakeCall(operation, path); error != 0) systemError = error;
   }
   return systemError;
 }

@@ -8,27 +8,16 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <map>
 #include <utility>
 
 #include "platform/Descriptor.h"
 #include "platform/FileFault.h"
+#include "platform/OpenFiles.h"
 #include "platform/RunTimeError.h"
 
 namespace vorda::platform {
 
 namespace {
-
-std::map<int, Descriptor>& OpenFiles() {
-  static std::map<int, Descriptor> files;  // by file number
-  return files;
-}
-
-int Failed(int systemError) {
-  const int number = ErrorFromErrno(systemError);
-  SetCurrentError(number);
-  return number;
-}
 
 // Seeded by the clock, so that two runs begin far apart; each name is made exclusively, so that a clash only
 // costs a turn.
@@ -43,12 +32,37 @@ std::uint32_t NextTempNumber() {
 
 }  // namespace
 
+std::map<int, NumberedFile>& OpenFiles() {
+  static std::map<int, NumberedFile> files;
+  return files;
+}
+
+int FailedWith(int number) {
+  SetCurrentError(number);
+  return number;
+}
+
+int FailedWithErrno(int systemError) {
+  return systemError == 0 ? 0 : FailedWith(ErrorFromErrno(systemError));
+}
+
 std::int64_t NativeFileSize(const std::string& path) {
   struct stat status {};
   if (path.empty() || FileFault(FileOperation::Stat, path) != 0) return -1;
   if (::stat(path.c_str(), &status) != 0 || S_ISDIR(status.st_mode)) return -1;
   // One that this user may not read is as good as missing.
   return ::faccessat(AT_FDCWD, path.c_str(), R_OK, AT_EACCESS) == 0 ? status.st_size : -1;
+}
+
+int LookUpFile(const std::string& path, bool& found) {
+  found = false;
+  if (const int fault = FileFault(FileOperation::Stat, path); fault != 0) return FailedWithErrno(fault);
+  struct stat status {};
+  if (::stat(path.c_str(), &status) == 0) {
+    found = !S_ISDIR(status.st_mode);
+    return 0;
+  }
+  return errno == ENOENT || errno == ENOTDIR ? 0 : FailedWithErrno(errno);
 }
 
 std::uint64_t FreeBytes(const std::string& path) {
@@ -65,8 +79,8 @@ std::uint64_t FreeBytes(const std::string& path) {
 }
 
 int RemoveNativeFile(const std::string& path) {
-  if (const int fault = FileFault(FileOperation::Remove, path); fault != 0) return Failed(fault);
-  return ::unlink(path.c_str()) == 0 ? 0 : Failed(errno);
+  if (const int fault = FileFault(FileOperation::Remove, path); fault != 0) return FailedWithErrno(fault);
+  return ::unlink(path.c_str()) == 0 ? 0 : FailedWithErrno(errno);
 }
 
 int FreeFileNumber() {
@@ -75,31 +89,17 @@ int FreeFileNumber() {
 }
 
 int OpenForOutput(int number, const std::string& path) {
-  if (OpenFiles().contains(number)) {
-    SetCurrentError(kFileAlreadyOpen);
-    return kFileAlreadyOpen;
-  }
+  if (OpenFiles().contains(number)) return FailedWith(kFileAlreadyOpen);
   Descriptor file = OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC);
-  if (!file.isOpen()) return Failed(errno);
-  OpenFiles()[number] = std::move(file);
+  if (!file.isOpen()) return FailedWithErrno(errno);
+  OpenFiles()[number] = {std::move(file), path};
   return 0;
 }
 
 int WriteToFile(int number, std::string_view bytes) {
   const auto file = OpenFiles().find(number);
-  if (file == OpenFiles().end()) {
-    SetCurrentError(kBadFileNumber);
-    return kBadFileNumber;
-  }
-  while (!bytes.empty()) {
-    if (const int fault = FileFault(FileOperation::Write, {}); fault != 0) return Failed(fault);
-    const ssize_t written = ::write(file->second.number(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    // Nothing taken and no error: some file systems' way of being full.
-    if (written <= 0) return Failed(written < 0 ? errno : ENOSPC);
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
-  return 0;
+  if (file == OpenFiles().end()) return FailedWith(kBadFileNumber);
+  return FailedWithErrno(WriteAll(file->second.file, bytes, file->second.path));
 }
 
 void CloseFile(int number) {
@@ -118,7 +118,7 @@ std::string MakeTempFile(const std::string& directory, std::string_view prefix) 
     std::string name = std::string(prefix.substr(0, 3)) + digits + ".TMP";
     if (OpenFile(directory + "/" + name, O_WRONLY | O_CREAT | O_EXCL).isOpen()) return name;
     if (errno != EEXIST) {
-      Failed(errno);
+      FailedWithErrno(errno);
       return {};
     }
   }

@@ -15,6 +15,10 @@ namespace vorda::platform {
 // Length in bytes of a file; -1 when there is none that this user can read, and for a directory.
 std::int64_t NativeFileSize(const std::string& path);
 
+// Whether a file, links followed, bears this name; a directory doesn't count. Result: 0, also when there is
+// none, or a run-time error's number when that can't be found out.
+int LookUpFile(const std::string& path, bool& found);
+
 // The bytes free for this user on the volume that holds `path`, or its deepest ancestor that exists; 0 on
 // failure.
 std::uint64_t FreeBytes(const std::string& path);

@@ -171,6 +171,11 @@ std::string NativePath(std::string_view configured) {
   return components ? Resolve(*components) : std::string();
 }
 
+std::string LiteralPath(std::string_view configured) {
+  const std::optional<std::vector<std::string>> components = ComponentsOf(configured);
+  return components ? Joined(*components, components->size()) : std::string();
+}
+
 std::string NativePathOfNewFile(std::string_view configured) {
   std::optional<std::vector<std::string>> components = ComponentsOf(configured);
   if (!components) return {};

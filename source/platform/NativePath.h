@@ -29,6 +29,10 @@ bool IsAbsolutePath(std::string_view configured);
 // one system call; case-blind scans are kept per directory for as long as the directory's time stamp stands.
 std::string NativePath(std::string_view configured);
 
+// As NativePath, but each component is taken as it stands, without a look at the disk: where a file lies
+// whose case is right.
+std::string LiteralPath(std::string_view configured);
+
 // As NativePath, but the last component is taken as it stands, without a look at the directory's entries: for
 // names that the program has just made up itself.
 std::string NativePathOfNewFile(std::string_view configured);

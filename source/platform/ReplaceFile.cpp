@@ -41,17 +41,11 @@ bool Faulted(FileOperation operation, const std::string& path) {
   return fault != 0;
 }
 
-bool WriteAll(const Descriptor& file, std::string_view bytes, const std::string& path) {
-  off_t position = 0;
-  while (!bytes.empty()) {
-    if (Faulted(FileOperation::Write, path)) return false;
-    const ssize_t count = ::pwrite(file.number(), bytes.data(), bytes.size(), position);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-    position += count;
-  }
-  return true;
+// From the front of the file, wherever it stands.
+bool WriteWhole(const Descriptor& file, std::string_view bytes, const std::string& path) {
+  if (::lseek(file.number(), 0, SEEK_SET) != 0) return false;
+  errno = WriteAll(file, bytes, path);
+  return errno == 0;
 }
 
 bool Sync(const Descriptor& file, const std::string& path) {
@@ -124,7 +118,7 @@ Outcome FillAndRename(const TemporaryFile& temporary, const std::string& target,
                       const NewContents& contents) {
   // Another user's file would become ours: better written in place than with another owner.
   if (!TakeOverOwnerAndMode(temporary.file, status)) return RefusedOrFailed();
-  if (!WriteAll(temporary.file, contents.newBytes, temporary.path)) return Outcome::Failed;
+  if (!WriteWhole(temporary.file, contents.newBytes, temporary.path)) return Outcome::Failed;
   if (!contents.inHaste && !Sync(temporary.file, temporary.path)) return Outcome::Failed;
   const Standing standing = contents.standing();
   if (standing != Standing::AsRead) return Unlike(standing);
@@ -144,7 +138,7 @@ Outcome ReplaceByRename(const std::string& target, const struct stat& status, co
 }
 
 bool Overwrite(const Descriptor& file, const std::string& bytes, const std::string& path) {
-  return WriteAll(file, bytes, path) && ::ftruncate(file.number(), static_cast<off_t>(bytes.size())) == 0 &&
+  return WriteWhole(file, bytes, path) && ::ftruncate(file.number(), static_cast<off_t>(bytes.size())) == 0 &&
          Sync(file, path);
 }
 

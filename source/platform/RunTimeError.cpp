@@ -15,9 +15,10 @@ struct Text {
   const char* text;
 };
 
-constexpr std::array<Text, 12> kTexts = {{
+constexpr std::array<Text, 13> kTexts = {{
     {kNoError, ""},
     {kOverflow, "Overflow"},
+    {kOutOfMemory, "Out of memory"},
     {kBadFileNumber, "Bad file name or number"},
     {kFileNotFound, "File not found"},
     {kFileAlreadyOpen, "File already open"},
@@ -35,8 +36,9 @@ struct SystemError {
   int number;
 };
 
-constexpr std::array<SystemError, 28> kSystemErrors = {{
+constexpr std::array<SystemError, 29> kSystemErrors = {{
     {0, kNoError},
+    {ENOMEM, kOutOfMemory},
     {EBADF, kBadFileNumber},
     {ENAMETOOLONG, kBadFileNumber},
     {ENOENT, kFileNotFound},

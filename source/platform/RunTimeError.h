@@ -9,6 +9,7 @@ namespace vorda::platform {
 enum RunTimeError : int {
   kNoError = 0,
   kOverflow = 6,
+  kOutOfMemory = 7,
   kBadFileNumber = 52,
   kFileNotFound = 53,
   kFileAlreadyOpen = 55,

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "platform/FileFault.h"
 #include "platform/MessageBox.h"
 #include "platform/NativePath.h"
 #include "platform/RunTimeError.h"
@@ -38,7 +39,6 @@ Step Ask(const ShellOperation& operation, const std::string& title, const std::s
 }
 
 int Failed(const ShellOperation& operation, const std::string& words, int error) {
-  SetCurrentError(error);
   ShowMessageBox({(operation.move ? "Cannot move " : "Cannot copy ") + operation.source + "\nto " +
                       operation.destination + "\n\n" + words,
                   BoxIcon::Critical, BoxButtons::Ok, operation.progressTitle});
@@ -62,12 +62,21 @@ int MakeFolderOf(const ShellOperation& operation, const std::string& nativePath)
   return error ? Failed(operation, ErrorFromErrno(error.value())) : kNoError;
 }
 
-int Run(const ShellOperation& operation, const FileCopyTask& task) {
+// The one failure that isn't the shell's own to tell: there is no room for a thread.
+int CannotBegin() {
+  SetCurrentError(kOutOfMemory);
+  return kOutOfMemory;
+}
+
+int Run(const ShellOperation& operation, const FileCopyTask& task) try {
+  if (FileFault(FileOperation::BeginCopy, operation.source) != 0) return CannotBegin();
   FileCopy copy(task);
   CopyProgressHook()(copy, operation);
   const int result = copy.Result();
   if (result == kNoError || result == kCopyCancelled) return result;
   return Failed(operation, result);
+} catch (const std::system_error&) {
+  return CannotBegin();
 }
 
 }  // namespace

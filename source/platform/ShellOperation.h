@@ -24,7 +24,8 @@ struct ShellOperation {
 };
 
 // 0 on success and where the operator kept the file that was there; otherwise a run-time error's number, or
-// kCopyCancelled.
+// kCopyCancelled. The current error is set only when the operation couldn't even begin (7): all else has been
+// told to the operator.
 int RunShellOperation(const ShellOperation& operation);
 
 // Waits until the copy has ended and shows its progress. Without a desktop it is waited for without a sign.

@@ -18,6 +18,7 @@
 #include "platform/FileFault.h"
 #include "platform/Files.h"
 #include "platform/RunTimeError.h"
+#include "support/ProcFile.h"
 #include "support/ScenarioEnd.h"
 #include "support/TempDirectory.h"
 
@@ -165,7 +166,7 @@ class InterruptedWriteTest : public WriteToFileTest {
   }
   // The state stands behind the name in brackets.
   bool WriterSleeps() const {
-    const std::string status = test::ReadWholeFile("/proc/self/task/" + std::to_string(writerId_) + "/stat");
+    const std::string status = test::ReadProcFile("/proc/self/task/" + std::to_string(writerId_) + "/stat");
     const std::size_t state = status.rfind(')');
     return state != std::string::npos && status.substr(state + 1, 2) == " S";
   }

@@ -48,7 +48,7 @@ TEST(RunTimeErrorTest, SystemErrorsHaveANumber) {
 }
 
 TEST(RunTimeErrorTest, ErrorNobodyNamedIsAnAccessError) {
-  EXPECT_EQ(ErrorFromErrno(ENOMEM), kPathFileAccessError);
+  EXPECT_EQ(ErrorFromErrno(EMLINK), kPathFileAccessError);
 }
 
 TEST(RunTimeErrorTest, CurrentErrorStaysUntilItIsSetAgain) {

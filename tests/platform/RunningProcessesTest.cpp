@@ -17,8 +17,8 @@
 #include "platform/Process.h"
 #include "platform/RunningProcesses.h"
 #include "support/EventLoop.h"
+#include "support/ProcFile.h"
 #include "support/ScenarioEnd.h"
-#include "support/TempDirectory.h"
 
 namespace vorda::platform {
 namespace {
@@ -27,7 +27,7 @@ using test::WaitUntil;
 
 // How the kernel ranks the process's session among the others; "" where sessions are no groups to it.
 std::string SessionPriority(const std::string& process) {
-  const std::string group = test::ReadWholeFile("/proc/" + process + "/autogroup");
+  const std::string group = test::ReadProcFile("/proc/" + process + "/autogroup");
   return group.substr(std::min(group.find("nice"), group.size()));
 }
 std::string SessionPriority(pid_t process) {
@@ -102,11 +102,22 @@ TEST_F(RunningProcessesTest, LowestPriorityIsThatOfTheSessionToo) {
   EXPECT_EQ(SessionPriority("self"), own);
 }
 
-TEST_F(RunningProcessesTest, OrdinaryStartLeavesItsSessionAlone) {
-  EXPECT_EQ(SessionPriority(StartHanging()), Expected("0"));
-}
-
 using RunningProcessesDeathTest = RunningProcessesTest;
+
+// In a session of the scenario's own: the one that the tests were started in may have any priority, or none
+// that could be lowered, and belongs to other programs too.
+TEST_F(RunningProcessesDeathTest, OrdinaryStartLeavesItsSessionAlone) {
+  const auto scenario = [this] {
+    ASSERT_EQ(::setsid(), ::getpid());
+    const std::string before = SessionPriority("self");
+    const pid_t process = StartHanging();
+    EXPECT_EQ(::getsid(process), ::getpid());
+    EXPECT_EQ(SessionPriority(process), before);
+    EXPECT_EQ(SessionPriority("self"), before);
+    EndAll();
+  };
+  EXPECT_EXIT((scenario(), test::EndScenario()), ::testing::ExitedWithCode(test::kScenarioHeld), "");
+}
 
 // From an ordinary user the kernel takes one such change at a time.
 TEST_F(RunningProcessesDeathTest, OrdinaryUsersManySessionsAreAllLoweredInTheEnd) {

@@ -116,7 +116,7 @@ TEST_F(ShellOperationTest, FolderThatCantBeMadeIsTold) {
   copying.confirm = false;
   boxes_.Expect("Cannot copy " + source_ + "\nto " + copying.destination + "\n\nPath not found");
   EXPECT_EQ(RunShellOperation(copying), platform::kPathNotFound);
-  EXPECT_EQ(platform::CurrentError(), platform::kPathNotFound);
+  EXPECT_EQ(platform::CurrentError(), platform::kNoError);
 }
 
 TEST_F(ShellOperationTest, FailureIsToldWithItsReason) {
@@ -125,7 +125,14 @@ TEST_F(ShellOperationTest, FailureIsToldWithItsReason) {
   EXPECT_EQ(RunShellOperation(Copying()), platform::kDiskFull);
   EXPECT_EQ(boxes_.Last().icon, platform::BoxIcon::Critical);
   EXPECT_EQ(boxes_.Last().title, "Copying Cart Audio");
-  EXPECT_EQ(platform::CurrentError(), platform::kDiskFull);
+  EXPECT_EQ(platform::CurrentError(), platform::kNoError);
+}
+
+// No thread can be had: nobody has told the operator yet, so the caller has to.
+TEST_F(ShellOperationTest, CopyThatCannotEvenBeginIsAnErrorOfTheCaller) {
+  const platform::ScopedFileFault busy(platform::FileOperation::BeginCopy, EAGAIN);
+  EXPECT_EQ(RunShellOperation(Copying()), platform::kOutOfMemory);
+  EXPECT_EQ(platform::CurrentError(), platform::kOutOfMemory);
 }
 
 struct Refused {

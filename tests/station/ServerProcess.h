@@ -13,14 +13,14 @@
 #include <vector>
 
 #include "support/EventLoop.h"
+#include "support/ProcFile.h"
 #include "support/ProcessCost.h"
-#include "support/TempDirectory.h"
 
 namespace vorda::test {
 
 // The fields of a process's status that stand behind its name; empty when it is gone.
 inline std::vector<std::string> StatusFields(pid_t process) {
-  const std::string status = ReadWholeFile("/proc/" + std::to_string(process) + "/stat");
+  const std::string status = ReadProcFile("/proc/" + std::to_string(process) + "/stat");
   std::vector<std::string> fields;
   if (status.rfind(')') == std::string::npos) return fields;
   std::istringstream text(status.substr(status.rfind(')') + 1));

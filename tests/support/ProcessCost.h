@@ -6,14 +6,16 @@
 #include <time.h>
 
 #include <cstdint>
-#include <fstream>
+#include <sstream>
 #include <string>
+
+#include "support/ProcFile.h"
 
 namespace vorda::test {
 
 // Bytes of memory that a running program occupies; 0 when there is none of that number.
 inline std::int64_t ResidentMemory(pid_t process) {
-  std::ifstream status("/proc/" + std::to_string(process) + "/status");
+  std::istringstream status(ReadProcFile("/proc/" + std::to_string(process) + "/status"));
   for (std::string word; status >> word;) {
     if (word != "VmRSS:") continue;
     std::int64_t kibibytes = 0;

@@ -1,20 +1,20 @@
 #include "platform/DirectoryNames.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/types.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
 
+#include "platform/Descriptor.h"
 #include "platform/DirectoryNotices.h"
-#include "platform/FileFault.h"
 #include "platform/FileStamp.h"
 #include "platform/NameIndex.h"
 #include "platform/NativePath.h"
@@ -36,18 +36,27 @@ struct DirectoryScan {
   std::uint64_t lastUse = 0;
 };
 
-// False when the directory can't be read to its end; `names` then holds what was read.
-bool ScanDirectory(const std::string& directory, NameIndex& names) {
+bool IsItselfOrParent(const char* name) {
+  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+}
+
+// False when the directory can't be read to its end; `names` then holds what was read. Straight from the
+// system: the library's way to the entries costs as much as all that is done with them here.
+bool ScanDirectory(const std::string& directory, const FileStamp& stamp, NameIndex& names) {
   names.Clear();
-  if (FileFault(FileOperation::Open, directory) != 0) return false;
-  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(directory.c_str()), ::closedir);
-  if (!entries) return false;
-  errno = 0;
-  while (const dirent* entry = ::readdir(entries.get())) {
-    const std::string_view name = entry->d_name;
-    if (name != "." && name != "..") names.AddNew(name);
+  names.Reserve(stamp.size);
+  const Descriptor open = OpenFile(directory, O_RDONLY | O_DIRECTORY);
+  if (!open.isOpen()) return false;
+  alignas(dirent64) char entries[std::size_t{1} << 16];
+  ssize_t length = 0;
+  while ((length = ::getdents64(open.number(), entries, sizeof entries)) > 0) {
+    for (ssize_t at = 0; at < length;) {
+      const auto* const entry = reinterpret_cast<const dirent64*>(entries + at);
+      at += entry->d_reclen;
+      if (!IsItselfOrParent(entry->d_name)) names.AddNew({entry->d_name, entries + at});
+    }
   }
-  return errno == 0;
+  return length == 0;
 }
 
 class ScanCache {
@@ -77,7 +86,7 @@ class ScanCache {
     Release(scan);
     scan.watch = notices_.Watch(directory);
     const bool settled = scan.watch >= 0 || IsSettled(stamp);
-    scan.whole = ScanDirectory(directory, scan.names) && settled;
+    scan.whole = ScanDirectory(directory, stamp, scan.names) && settled;
     scan.stamp = stamp;
     MakeRoom();
   }

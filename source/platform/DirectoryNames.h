@@ -19,8 +19,9 @@ std::string MatchDirectoryName(const std::string& directory, std::string_view na
 
 // The files whose name is `stem` (a configured path without extension), a point and anything, without regard
 // to case: names alone, as they stand on disk, in ANSI. Links count even when they lead nowhere; directories
-// don't. In byte order, but those that end in ".TMP" come last: what a swap left in a cart is then never in
-// the way of the next one. Empty when the directory can't be read and for a stem that has no path.
+// don't. In byte order, but those that end in ".TMP" come last: when what a swap left in a cart is in the way
+// of a later one, everything else has gone over by then. Empty when the directory can't be read and for a
+// stem that has no path.
 std::vector<std::string> FilesWithStem(std::string_view stem);
 
 }  // namespace vorda::platform

@@ -30,6 +30,19 @@ std::uint32_t NextTempNumber() {
   return number++;
 }
 
+std::uint64_t BytesFreeOnVolume(const std::string& path) {
+  struct statvfs volume {};
+  std::string existing = path;
+  while (!existing.empty() && ::statvfs(existing.c_str(), &volume) != 0) {
+    if (errno != ENOENT && errno != ENOTDIR) return 0;
+    const std::size_t separator = existing.rfind('/');
+    if (separator == std::string::npos || existing == "/") return 0;
+    existing.resize(separator == 0 ? 1 : separator);
+  }
+  if (existing.empty()) return 0;
+  return std::uint64_t{volume.f_bavail} * volume.f_frsize;
+}
+
 }  // namespace
 
 std::map<int, NumberedFile>& OpenFiles() {
@@ -66,19 +79,16 @@ int LookUpFile(const std::string& path, bool& found) {
 }
 
 std::uint64_t FreeBytes(const std::string& path) {
-  struct statvfs volume {};
-  std::string existing = path;
-  while (!existing.empty() && ::statvfs(existing.c_str(), &volume) != 0) {
-    if (errno != ENOENT && errno != ENOTDIR) return 0;
-    const std::size_t separator = existing.rfind('/');
-    if (separator == std::string::npos || existing == "/") return 0;
-    existing.resize(separator == 0 ? 1 : separator);
-  }
-  if (existing.empty()) return 0;
-  return std::uint64_t{volume.f_bavail} * volume.f_frsize;
+  return FreeBytesHook()(path);
+}
+
+Hook<std::uint64_t(const std::string&)>& FreeBytesHook() {
+  static Hook<std::uint64_t(const std::string&)> hook(BytesFreeOnVolume);
+  return hook;
 }
 
 int RemoveNativeFile(const std::string& path) {
+  if (path.empty()) return FailedWith(kPathNotFound);
   if (const int fault = FileFault(FileOperation::Remove, path); fault != 0) return FailedWithErrno(fault);
   return ::unlink(path.c_str()) == 0 ? 0 : FailedWithErrno(errno);
 }

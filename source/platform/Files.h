@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/Hook.h"
+
 namespace vorda::platform {
 
 // Length in bytes of a file; -1 when there is none that this user can read, and for a directory.
@@ -22,6 +24,7 @@ int LookUpFile(const std::string& path, bool& found);
 // The bytes free for this user on the volume that holds `path`, or its deepest ancestor that exists; 0 on
 // failure.
 std::uint64_t FreeBytes(const std::string& path);
+Hook<std::uint64_t(const std::string& path)>& FreeBytesHook();
 
 // Removes a file. Result: 0 or a run-time error's number.
 int RemoveNativeFile(const std::string& path);

@@ -3,8 +3,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <set>
+#include <sstream>
 
 namespace vorda::test {
 
@@ -25,8 +25,10 @@ std::string TempDirectory::operator/(std::string_view name) const {
 }
 
 std::string ReadWholeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  const std::ifstream file(path, std::ios::binary);
+  std::ostringstream bytes;
+  if (file.is_open()) bytes << file.rdbuf();
+  return bytes.str();
 }
 
 void WriteWholeFile(const std::string& path, std::string_view bytes) {

@@ -86,6 +86,12 @@ double SecondsSince(const TimeStamp& stamp);
 // whole day takes nearly two.
 TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp);
 
+// --- Sound files (SoundFiles.cpp) ---
+
+// The length of a sound file in seconds, from whole milliseconds; 0 when it isn't known. A file that is
+// missing says nothing; one that is no sound is told to the operator, whose answer changes nothing.
+float WaveLengthSeconds(const std::string& path);
+
 // --- Reports (Reports.cpp) ---
 
 // The one general error box: "There was a problem " and `what`, a clause that continues the sentence; with an

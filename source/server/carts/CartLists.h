@@ -1,0 +1,19 @@
+// Where a cart's record lies in the list of its part.
+
+#pragma once
+
+#include <cstdint>
+
+namespace vorda {
+
+// The part's record in gAudioWallParts; `part` 1 to 11.
+struct AudioWallPart;
+AudioWallPart& WallPart(std::int16_t part);
+
+// The place in bytes of a cart's record in its part's list.
+std::int64_t CartRecordOffset(std::int32_t cart);
+
+// How many records the list of a part holds.
+std::int32_t CartListRecords(std::int16_t part);
+
+}  // namespace vorda

@@ -6,13 +6,19 @@
 #include <QFontInfo>
 #include <QImage>
 #include <QPainter>
+#include <QTemporaryDir>
 #include <QTimer>
 #include <QWidget>
 
 #include <cstdio>
 #include <functional>
 
+#include "carts/Orvane_Audio_Routines.h"
+#include "carts/frmCartLocations.h"
+#include "carts/frmMoveCopyCart.h"
 #include "controls/DesktopServices.h"
+#include "controls/Panels.h"
+#include "controls/TextBox.h"
 #include "platform/MessageBox.h"
 #include "platform/Settings.h"
 #include "shell/ServerState.h"
@@ -22,6 +28,7 @@
 namespace vorda {
 namespace {
 
+using platform::BoxButtons;
 using platform::BoxIcon;
 
 constexpr int kBarHeight = 26;
@@ -59,7 +66,7 @@ void SaveForm(controls::Form& form, const char* name, bool bar) {
 }
 
 // A box waits for its answer: the picture is taken from behind it.
-void SaveBox(const char* name, const std::string& text, BoxIcon icon) {
+void SaveBox(const char* name, const platform::BoxRequest& request) {
   QTimer look;
   QObject::connect(&look, &QTimer::timeout, [name] {
     auto* const box = qobject_cast<QDialog*>(QApplication::activeModalWidget());
@@ -68,7 +75,30 @@ void SaveBox(const char* name, const std::string& text, BoxIcon icon) {
     box->accept();
   });
   look.start(1);
-  platform::ShowMessageBox(text, icon);
+  platform::ShowMessageBox(request);
+}
+
+void SaveCartLocations() {
+  for (std::size_t part = 0; part < kAudioWallParts; ++part)
+    gAudioWallParts[part].Location = part < 4 ? "W:\\MUSIC" : part < 9 ? "W:\\SPOTS" : "N:\\CARTS";
+  SaveForm(frmCartLocations::Default(), "cart-locations", true);
+}
+
+// Only a cart with something in it can be moved or copied: it gets a wall of its own for as long.
+void SaveMoveCopyCart() {
+  constexpr std::int32_t kCart = 120;
+  const QTemporaryDir wall;
+  gAudioWallSettings.MaintainLegacyCartList = 1;
+  InitBlankCartInfo();
+  gAudioWallParts.front().Location = wall.path().toStdString();
+  ConnectAudioWall(1, true);
+  CartInfo info = gBlankCartInfo;
+  info.AudioLength = 30;
+  WriteCartInfo(info, kCart, true);
+  frmMoveCopyCart& form = frmMoveCopyCart::Default();
+  form.Control<controls::CaptionLabel>("lblSourceCart")->SetCaption(std::to_string(kCart));
+  form.Control<controls::TextBox>("txtDestCart")->SetText("121");
+  SaveForm(form, "move-copy-cart", true);
 }
 
 void TakePictures() {
@@ -76,11 +106,20 @@ void TakePictures() {
   frmGoodInputBox::Default().Ask("Please enter the new title for cart 120 :", "Rename Cart",
                                  "Harbour interview", 60);
   SaveForm(frmGoodInputBox::Default(), "question", true);
-  SaveBox("no-port", "Couldn't open port 1 for data capture, error : Device unavailable", BoxIcon::None);
+  SaveCartLocations();
+  SaveMoveCopyCart();
+  SaveBox("no-port", {"Couldn't open port 1 for data capture, error : Device unavailable"});
   SaveBox("no-configuration",
-          "Warning : No Vorda information was found in the specifed news directory: N:\\weather\\vorda.ini",
-          BoxIcon::Critical);
-  SaveBox("run-time-error", "Run-time error '6':\n\nOverflow", BoxIcon::Critical);
+          {"Warning : No Vorda information was found in the specifed news directory: N:\\weather\\vorda.ini",
+           BoxIcon::Critical});
+  SaveBox("run-time-error", {"Run-time error '6':\n\nOverflow", BoxIcon::Critical});
+  SaveBox(
+      "wall-not-found",
+      {"Part 1 of the AudioWall has not been found.\nDo you wish to create it in :\nW:\\MUSIC\\Carts1.lst",
+       BoxIcon::Question,
+       BoxButtons::YesNoCancel,
+       {},
+       platform::BoxAnswer::Yes});
 }
 
 }  // namespace

@@ -168,9 +168,16 @@ void ShowPointer(platform::Pointer pointer) {
   if (pointer == platform::Pointer::Hourglass) QApplication::setOverrideCursor(Qt::WaitCursor);
 }
 
+bool operatorIsPresent = true;
+
 }  // namespace
 
+bool OperatorIsPresent() {
+  return operatorIsPresent;
+}
+
 void InstallDesktop(Operator who) {
+  operatorIsPresent = who == Operator::Present;
   who == Operator::Present ? InstallAttended() : InstallUnattended();
   platform::PointerHook().Swap(ShowPointer);
   platform::BeepHook().Swap([] { QApplication::beep(); });

@@ -19,4 +19,7 @@ enum class Operator {
 // Installs the desktop's boxes, folder picker, copy progress, pointer and beep. Needs the application object.
 void InstallDesktop(Operator who);
 
+// Whether windows that wait for an answer get one.
+bool OperatorIsPresent();
+
 }  // namespace vorda::controls

@@ -174,8 +174,10 @@ bool Form::eventFilter(QObject* watched, QEvent* event) {
   }
   if (watched == client_ && event->type() == QEvent::Resize) OnResize();
   if (watched == host_ && event->type() == QEvent::WindowDeactivate) OnDeactivate();
-  return watched == host_ && event->type() == QEvent::KeyPress &&
-         OnKeyPress(static_cast<QKeyEvent*>(event)->key());
+  if (watched != host_ || event->type() != QEvent::KeyPress) return false;
+  const auto* const press = static_cast<QKeyEvent*>(event);
+  constexpr Qt::KeyboardModifiers kCommands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+  return (press->modifiers() & kCommands) == 0 && OnKeyPress(press->key());
 }
 
 }  // namespace vorda::controls

@@ -84,7 +84,7 @@ class Form : public QObject {
   virtual void OnLoad() {}
   virtual void OnActivate() {}
   virtual void OnDeactivate() {}
-  // A key that no control has taken. True when the form takes it.
+  // A key that no control has taken, without Ctrl or Alt. True when the form takes it.
   virtual bool OnKeyPress(int) { return false; }
   virtual void OnResize() {}
   // False refuses the closing.

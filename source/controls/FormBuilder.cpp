@@ -1,7 +1,9 @@
 #include "controls/FormBuilder.h"
 
+#include <QCheckBox>
 #include <QGroupBox>
 #include <QPushButton>
+#include <QRadioButton>
 
 #include "controls/Panels.h"
 #include "controls/TerminalView.h"
@@ -22,6 +24,19 @@ QWidget* MakePicture(QWidget* parent) {
   auto* picture = new QLabel(parent);
   picture->setAlignment(Qt::AlignCenter);
   return picture;
+}
+
+// Tab goes to the chosen option alone, the arrow keys to the others: the toolkit sees to that only where the
+// operator has chosen.
+QWidget* MakeOption(const ControlSpec& spec, QWidget* parent) {
+  auto* option = new QRadioButton(QString::fromLatin1(spec.caption), parent);
+  QObject::connect(option, &QRadioButton::toggled, option, [option](bool chosen) {
+    if (!chosen) return;
+    for (auto* other : option->parent()->findChildren<QRadioButton*>(QString(), Qt::FindDirectChildrenOnly)) {
+      other->setFocusPolicy(other == option ? Qt::StrongFocus : Qt::ClickFocus);
+    }
+  });
+  return option;
 }
 
 QWidget* MakePanel(Panel* panel, const ControlSpec& spec) {
@@ -49,6 +64,10 @@ QWidget* MakeControl(const ControlSpec& spec, QWidget* parent) {
       return MakePicture(parent);
     case ControlKind::Button:
       return new QPushButton(QString::fromLatin1(spec.caption), parent);
+    case ControlKind::CheckBox:
+      return new QCheckBox(QString::fromLatin1(spec.caption), parent);
+    case ControlKind::Option:
+      return MakeOption(spec, parent);
   }
   return nullptr;
 }
@@ -68,6 +87,10 @@ void BuildForm(QWidget* client, std::span<const ControlSpec> table) {
     if (previous != nullptr && control->focusPolicy() != Qt::NoFocus) QWidget::setTabOrder(previous, control);
     if (control->focusPolicy() != Qt::NoFocus) previous = control;
   }
+}
+
+std::string ElementName(const char* row, int element) {
+  return row + std::to_string(element);
 }
 
 void PlaceControl(QWidget* control, double left, double top, double width, double height) {

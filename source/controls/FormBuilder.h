@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <span>
+#include <string>
 
 namespace vorda::controls {
 
@@ -18,6 +19,8 @@ enum class ControlKind {
   PictureBox,  // QFrame without a look of its own
   Picture,     // QLabel for an image
   Button,      // QPushButton
+  CheckBox,    // QCheckBox
+  Option,      // QRadioButton; of those with one parent one is chosen
 };
 
 struct ControlSpec {
@@ -32,6 +35,9 @@ struct ControlSpec {
 
 // Makes the controls in the table's order, which is also the order of Tab. Owned by `client`.
 void BuildForm(QWidget* client, std::span<const ControlSpec> table);
+
+// The name of an element of a row of like controls: "txtCartLocations3".
+std::string ElementName(const char* row, int element);
 
 // Moves a control; twips.
 void PlaceControl(QWidget* control, double left, double top, double width, double height);

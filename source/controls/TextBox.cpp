@@ -1,5 +1,7 @@
 #include "controls/TextBox.h"
 
+#include <QKeyEvent>
+
 #include <algorithm>
 
 #include "platform/Text.h"
@@ -7,7 +9,8 @@
 namespace vorda::controls {
 
 TextBox::TextBox(QWidget* parent) : QLineEdit(parent) {
-  connect(this, &QLineEdit::textEdited, this, &TextBox::HoldLimit);
+  connect(this, &QLineEdit::textEdited, this, &TextBox::DropOtherThanDigits);
+  connect(this, &QLineEdit::textEdited, this, [this] { HoldLimit(QLineEdit::text()); });
 }
 
 void TextBox::SetText(std::string_view text) {
@@ -32,6 +35,27 @@ void TextBox::HoldLimit(const QString& edited) {
     setCursorPosition(static_cast<int>(cursor - tooMany));
   }
   before_ = QLineEdit::text();
+}
+
+void TextBox::DropOtherThanDigits(const QString& edited) {
+  if (!digitsOnly_) return;
+  QString digits = edited;
+  digits.removeIf([](QChar c) { return c < u'0' || c > u'9'; });
+  if (digits == edited) return;
+  const auto cursor = cursorPosition() - (edited.size() - digits.size());
+  setText(digits);
+  setCursorPosition(static_cast<int>(std::max<qsizetype>(cursor, 0)));
+}
+
+void TextBox::keyPressEvent(QKeyEvent* event) {
+  const QString text = event->text();
+  const bool isCharacter = text.size() == 1 && text.front().isPrint() &&
+                           (event->modifiers() & (Qt::ControlModifier | Qt::AltModifier)) == 0;
+  if (digitsOnly_ && isCharacter && (text.front() < u'0' || text.front() > u'9')) {
+    event->ignore();
+    return;
+  }
+  QLineEdit::keyPressEvent(event);
 }
 
 void TextBox::focusInEvent(QFocusEvent* event) {

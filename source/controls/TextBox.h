@@ -21,15 +21,20 @@ class TextBox : public QLineEdit {
   int Limit() const { return limit_; }
   // Whether all of the text is selected whenever the box gets the focus.
   void SetSelectsOnFocus(bool selects) { selectsOnFocus_ = selects; }
+  // Takes digits alone: other characters are left to the form, and what is pasted loses them.
+  void SetDigitsOnly(bool only) { digitsOnly_ = only; }
 
  protected:
+  void keyPressEvent(QKeyEvent* event) override;
   void focusInEvent(QFocusEvent* event) override;
 
  private:
   void HoldLimit(const QString& edited);
+  void DropOtherThanDigits(const QString& edited);
 
   int limit_ = 0;
   bool selectsOnFocus_ = false;
+  bool digitsOnly_ = false;
   QString before_;  // the text ahead of the edit that is under way
 };
 

@@ -18,6 +18,7 @@
 #include "support/BoxOperator.h"
 #include "support/FeedWindows.h"
 #include "support/Scenario.h"
+#include "support/WallLists.h"
 
 namespace vorda::test {
 namespace {
@@ -49,7 +50,8 @@ class BoxEndDeathTest : public FeedWindows, public ::testing::WithParamInterface
  protected:
   BoxEndDeathTest() {
     TakeCommandLine(0, nullptr);
-    std::string ini;
+    MakeWallLists(directory / "wall");
+    std::string ini = WallKeys(directory / "wall");
     for (const std::string number : {"1", "2", "3"}) {
       const std::string news = directory / ("news" + number);
       std::filesystem::create_directory(news);

@@ -2,14 +2,21 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
+#include <QRadioButton>
 #include <QTest>
 
 #include <gtest/gtest.h>
 
 #include <set>
 
+#include "carts/Orvane_Audio_Routines.h"
+#include "carts/frmCartLocations.h"
+#include "carts/frmMoveCopyCart.h"
+#include "controls/Panels.h"
 #include "controls/TerminalView.h"
+#include "controls/TextBox.h"
 #include "shell/frmGoodInputBox.h"
 #include "shell/frmHistory.h"
 #include "shell/frmSplash.h"
@@ -33,6 +40,8 @@ const FormCase kForms[] = {
        frmGoodInputBox::Default().Ask("New title for cart 1234 :", "Rename cart", "Morning news", 60);
        return frmGoodInputBox::Default();
      }},
+    {"frmCartLocations", "cmdDone", []() -> controls::Form& { return frmCartLocations::Default(); }},
+    {"frmMoveCopyCart", "PerformActionB", []() -> controls::Form& { return frmMoveCopyCart::Default(); }},
 };
 
 void PrintTo(const FormCase& test, std::ostream* out) {
@@ -42,13 +51,34 @@ void PrintTo(const FormCase& test, std::ostream* out) {
 class EveryForm : public FeedWindows, public ::testing::WithParamInterface<FormCase> {
  protected:
   EveryForm() {
-    if (std::string_view(GetParam().name) == "frmWireFeed") Start(1);
+    const std::string_view name = GetParam().name;
+    if (name == "frmWireFeed") Start(1);
+    if (name == "frmCartLocations") gAudioWallParts.front().Location = "W:\\CARTS";
+    if (name == "frmMoveCopyCart") ChooseCart(9999);
     Form().Show();
     RunPendingEvents();
   }
-  ~EveryForm() override { Form().Unload(); }
+  ~EveryForm() override {
+    Form().Unload();
+    gAudioWallParts = {};
+    gAudioWallSettings = {};
+    gBlankCartInfo = {};
+  }
 
   static controls::Form& Form() { return GetParam().form(); }
+  // Only a cart that isn't empty can be moved or copied.
+  void ChooseCart(std::int32_t cart) {
+    gAudioWallSettings.MaintainLegacyCartList = 1;
+    InitBlankCartInfo();
+    gAudioWallParts[9].Location = directory.path();
+    ASSERT_EQ(ConnectAudioWall(10, true), 0);
+    CartInfo info = gBlankCartInfo;
+    info.AudioLength = 2;
+    ASSERT_EQ(WriteCartInfo(info, cart, true), 0);
+    frmMoveCopyCart& form = frmMoveCopyCart::Default();
+    form.Control<controls::CaptionLabel>("lblSourceCart")->SetCaption(std::to_string(cart));
+    form.Control<controls::TextBox>("txtDestCart")->SetText(std::to_string(cart));
+  }
   // The form's own controls, from its client area down; not the toolkit's inner parts.
   std::vector<QWidget*> Controls() {
     std::vector<QWidget*> named;
@@ -66,7 +96,7 @@ class EveryForm : public FeedWindows, public ::testing::WithParamInterface<FormC
     return qobject_cast<QMdiSubWindow*>(above) != nullptr ? widget : above;
   }
   static bool TakesTab(const QWidget* control) {
-    return control->isEnabled() && (control->focusPolicy() & Qt::TabFocus) != 0;
+    return control->isEnabled() && control->isVisible() && (control->focusPolicy() & Qt::TabFocus) != 0;
   }
 };
 
@@ -78,6 +108,7 @@ TEST_P(EveryForm, IsNamedAndSoAreItsControlsEachOnce) {
   for (const QWidget* control : Controls())
     EXPECT_TRUE(names.insert(control->objectName()).second) << control->objectName().toStdString();
   EXPECT_FALSE(names.empty());
+  EXPECT_TRUE(Form().Visible());
 }
 
 TEST_P(EveryForm, EveryControlThatHoldsNoOthersHasSomethingToSay) {
@@ -112,6 +143,11 @@ TEST_P(EveryForm, NothingIsCutOffAtTheDefaultSize) {
     EXPECT_TRUE(parent->rect().contains(control->geometry())) << name << " reaches beyond its container";
     const auto* label = qobject_cast<const QLabel*>(control);
     const auto* button = qobject_cast<const QAbstractButton*>(control);
+    const auto* text = dynamic_cast<const controls::TextBox*>(control);
+    if (text != nullptr) {
+      EXPECT_LE(text->fontMetrics().horizontalAdvance(text->text()) + 8, text->width()) << name;
+      EXPECT_LE(text->sizeHint().height(), text->height()) << name;
+    }
     if (label != nullptr && !label->text().isEmpty() && name != "lblConfigFile") {
       const int height =
           label->wordWrap() ? label->heightForWidth(label->width()) : label->sizeHint().height();
@@ -119,6 +155,10 @@ TEST_P(EveryForm, NothingIsCutOffAtTheDefaultSize) {
       if (!label->wordWrap()) {
         EXPECT_LE(label->sizeHint().width(), label->width()) << name;
       }
+    }
+    if (qobject_cast<const QCheckBox*>(button) != nullptr ||
+        qobject_cast<const QRadioButton*>(button) != nullptr) {
+      EXPECT_LE(button->sizeHint().width(), button->width()) << name;
     }
     if (button != nullptr) {
       EXPECT_LE(button->fontMetrics().size(Qt::TextShowMnemonic, button->text()).width() + 8, button->width())

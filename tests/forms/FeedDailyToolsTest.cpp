@@ -1,5 +1,5 @@
-// The daily tools as a feed window's timer starts them. Each tick of a window with a feed reads the clock
-// once, which is how these tests see it.
+// The daily tools as a feed window's timer starts them. Each tick of that timer on a window with a feed reads
+// the clock once, which is how these tests see it; the level's timer reads it too, and is stopped.
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,12 @@ using Programs = std::vector<std::string>;
 
 class FeedDailyTools : public FeedWindows {
  protected:
+  void Start(int number, const std::string& path) {
+    frmWireFeed& form = FeedWindows::Start(number, path);
+    Timer(form, "tmrAudioLevel")->SetEnabled(false);
+  }
+  void Start(int number) { Start(number, WriteConfig(number)); }
+
   Programs Started() const {
     Programs names;
     for (const platform::ProcessStart& start : processes.started)

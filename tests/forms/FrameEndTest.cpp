@@ -1,7 +1,6 @@
 // How the program ends, and with which exit code.
 
 #include <QAction>
-#include <QMainWindow>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -9,46 +8,12 @@
 #include <filesystem>
 
 #include "platform/RunTimeError.h"
-#include "platform/ScopedVariable.h"
-#include "shell/frmVordaServer.h"
-#include "support/FeedWindows.h"
-#include "support/Scenario.h"
+#include "support/FrameScenario.h"
 
 namespace vorda::test {
 namespace {
 
-class FrameEndDeathTest : public FeedWindows {
- protected:
-  FrameEndDeathTest() { TakeCommandLine(0, nullptr); }
-  ~FrameEndDeathTest() override { gCommandLine.clear(); }
-
-  void WriteIni(const std::vector<int>& feeds) {
-    std::string text;
-    for (const int number : feeds) {
-      const std::string news = News(number);
-      std::filesystem::create_directory(news);
-      WriteWholeFile(news + "/vorda.ini", "[General]\r\nName=Wire\r\n");
-      text += "[WireFeed" + std::to_string(number) + "]\r\nNewsPath=" + news +
-              "\r\nCapturePort=" + std::to_string(number) + "\r\n";
-    }
-    WriteWholeFile(home / "vdServer.INI", text);
-  }
-  std::string News(int number) const { return directory / ("news" + std::to_string(number)); }
-
-  static frmVordaServer& Server() { return frmVordaServer::Default(); }
-  static QMainWindow* MainWindow() {
-    for (QWidget* window : QApplication::topLevelWidgets())
-      if (window->objectName() == QStringLiteral("frmVordaServer")) return qobject_cast<QMainWindow*>(window);
-    return nullptr;
-  }
-  static void ExpectEnd(int exitCode, const char* told, const std::function<void()>& scenario) {
-    EXPECT_EXIT(RunInEventLoop(scenario), ::testing::ExitedWithCode(exitCode), told);
-  }
-
-  TempDirectory home;
-  ScopedVariable variable{"VORDA_HOME", home.path().c_str()};
-  FakeFolderPicker picker;
-};
+using FrameEndDeathTest = FrameScenario;
 
 TEST_F(FrameEndDeathTest, CloseBoxEndsTheProgram) {
   WriteIni({1});
@@ -132,7 +97,7 @@ TEST_F(FrameEndDeathTest, NoNewsDirectoryForFeedOneEndsWithoutAnotherWord) {
 
 TEST_F(FrameEndDeathTest, FeedTwoAloneIsTakenDownWithTheProgram) {
   WriteIni({2});
-  ExpectEnd(0, "^Wire$", [this] {
+  ExpectEnd(0, "^A&B 2$", [this] {
     picker.Expect("Select Primary News Feed Directory", "");
     ports->FailOpenWith(platform::kDeviceUnavailable, 2);
     boxes.Expect("Couldn't open port 2 for data capture, error : Device unavailable", platform::BoxAnswer::Ok,

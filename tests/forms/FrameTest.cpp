@@ -13,37 +13,16 @@
 
 #include "controls/TextBox.h"
 #include "controls/Twips.h"
-#include "platform/ScopedVariable.h"
 #include "shell/frmGoodInputBox.h"
 #include "shell/frmHistory.h"
 #include "shell/frmSplash.h"
-#include "shell/frmVordaServer.h"
-#include "support/FeedWindows.h"
-#include "support/Scenario.h"
+#include "support/FrameScenario.h"
 
 namespace vorda::test {
 namespace {
 
-class FrameDeathTest : public FeedWindows {
+class FrameDeathTest : public FrameScenario {
  protected:
-  FrameDeathTest() { TakeCommandLine(0, nullptr); }
-
-  void WriteIni(const std::vector<int>& feeds) {
-    std::string text;
-    for (const int number : feeds) {
-      const std::string news = directory / ("news" + std::to_string(number));
-      std::filesystem::create_directory(news);
-      WriteWholeFile(news + "/vorda.ini", "[General]\r\nName=A&B " + std::to_string(number) + "\r\n");
-      text += "[WireFeed" + std::to_string(number) + "]\r\nNewsPath=" + news + "\r\n";
-    }
-    WriteWholeFile(home / "vdServer.INI", text);
-  }
-  static frmVordaServer& Server() { return frmVordaServer::Default(); }
-  static QMainWindow* MainWindow() {
-    for (QWidget* window : QApplication::topLevelWidgets())
-      if (window->objectName() == QStringLiteral("frmVordaServer")) return qobject_cast<QMainWindow*>(window);
-    return nullptr;
-  }
   static QMenu* WindowMenu() {
     auto* menu = MainWindow()->menuBar()->findChild<QMenu*>(QStringLiteral("mnuWindow"));
     emit menu->aboutToShow();
@@ -56,21 +35,6 @@ class FrameDeathTest : public FeedWindows {
     EXPECT_EQ(history.Width(),
               controls::TwipsFromPixels(controls::PixelsFromTwips(Server().ClientWidth() / 2.2)));
   }
-  // `scenario` holds in the event loop of a process of its own.
-  static void ExpectHolds(const std::function<void()>& scenario) {
-    EXPECT_EXIT(RunInEventLoop(scenario), ::testing::ExitedWithCode(kScenarioHeld), "");
-  }
-  // The same behind the start-up.
-  static void ExpectHoldsOnceStarted(const std::function<void()>& scenario) {
-    ExpectHolds([&scenario] {
-      Server().Load();
-      scenario();
-    });
-  }
-
-  TempDirectory home;
-  ScopedVariable variable{"VORDA_HOME", home.path().c_str()};
-  FakeFolderPicker picker;
 };
 
 // Seen from behind the warning of feed 1, in the middle of the start-up, and at its end.
@@ -119,11 +83,14 @@ TEST_F(FrameDeathTest, MenusInTheirOrderAndNoneEmpty) {
   ExpectHoldsOnceStarted([] {
     QStringList titles;
     for (const QAction* action : MainWindow()->menuBar()->actions()) titles << action->text();
-    EXPECT_EQ(titles.join(' ').toStdString(), "&File &Window");
-    auto* exit = MainWindow()->findChild<QAction*>(QStringLiteral("mnuExit"));
-    ASSERT_NE(exit, nullptr);
-    EXPECT_EQ(exit->text().toStdString(), "E&xit");
-    EXPECT_TRUE(exit->shortcut().isEmpty());
+    EXPECT_EQ(titles.join(' ').toStdString(), "&File &Settings &Window");
+    for (const auto& [name, caption] :
+         {std::pair("mnuExit", "E&xit"), {"mnuSettingsAudio", "&Cart Locations"}}) {
+      auto* entry = MainWindow()->findChild<QAction*>(QString::fromLatin1(name));
+      ASSERT_NE(entry, nullptr);
+      EXPECT_EQ(entry->text().toStdString(), caption);
+      EXPECT_TRUE(entry->shortcut().isEmpty());
+    }
     EXPECT_FALSE(WindowMenu()->actions().isEmpty());
   });
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "station/Station.h"
+#include "support/WallLists.h"
 
 namespace vorda::test {
 namespace {
@@ -55,8 +56,8 @@ TEST(CommandLine, LettersAtTheSwitchAreNoName) {
 TEST(ServerIni, OfAnotherMachinesEditorStartsTheFeed) {
   Station station;
   station.AddFeed(1, "");
-  WriteWholeFile(station.Home() + "/vdServer.INI", "\xEF\xBB\xBF; feeds\n[ WIREFEED1 ]\n newspath = \"" +
-                                                       station.News(1) +
+  WriteWholeFile(station.Home() + "/vdServer.INI", "\xEF\xBB\xBF; feeds\n" + WallKeys(station.Wall()) +
+                                                       "[ WIREFEED1 ]\n newspath = \"" + station.News(1) +
                                                        "\" \nSOUNDCARD=9 ; the second\nSoundCard=1");
   station.Start();
   StatusClient client;

@@ -23,6 +23,8 @@ TEST(DemoTest, EveryStoryOfTheWireIsFiled) {
   EXPECT_EQ(demo.ExitCode(kMilliseconds), 0) << demo.output();
   EXPECT_NE(demo.output().find("60 sent, 60 filed, 0 missing, 0 unexpected"), std::string::npos)
       << demo.output();
+  EXPECT_NE(demo.output().find("Wall: 60 carts in 81 files, none changed"), std::string::npos)
+      << demo.output();
 }
 
 TEST(DemoTest, StoryThatIsLeftOutIsNoticed) {

@@ -5,6 +5,7 @@
 
 #include "support/EventLoop.h"
 #include "support/Loopback.h"
+#include "support/WallLists.h"
 
 namespace vorda::test {
 
@@ -22,7 +23,8 @@ constexpr const char* kTool =
 
 }  // namespace
 
-Station::Station() {
+Station::Station() : ini_(WallKeys(Wall())) {
+  MakeWallLists(Wall());
   com1 = std::make_unique<PseudoTerminal>(Com(1));
   com2 = std::make_unique<PseudoTerminal>(Com(2));
   fs::create_directories(root_ / "tools/kept");

@@ -1,5 +1,5 @@
 // A station for the real program: its home with the INI files, pseudo-terminals as serial ports, news
-// directories, and a story tool that keeps what it is given.
+// directories, an audio wall of empty carts, and a story tool that keeps what it is given.
 
 #pragma once
 
@@ -39,6 +39,8 @@ class Station {
 
   std::string Home() const { return home_.path(); }
   std::string News(int number) const { return root_ / ("news" + std::to_string(number)); }
+  // The directory of the audio wall, which every INI that AddFeed and WriteIniAs write names.
+  std::string Wall() const { return root_ / "wall"; }
   // The path of port 1's or 2's device.
   std::string Com(int number) const { return root_ / ("com" + std::to_string(number)); }
   // The full names of the story files that lie in a news directory.

@@ -13,6 +13,7 @@
 #include "station/ServerProcess.h"
 #include "station/Station.h"
 #include "support/EventLoop.h"
+#include "support/WallLists.h"
 
 namespace vorda::test {
 namespace {
@@ -119,8 +120,8 @@ TEST_F(ServerStoryTool, BlankInItsOwnPathHoldsAndBlanksInTheStorysPathPartTheArg
                  "mv \"$kept/new.$$\" \"$kept/argument.$$\"\n");
   fs::create_directory(Root() + "/my news");
   WriteWholeFile(Root() + "/my news/vorda.ini", "[General]\r\nName=Wire\r\n");
-  WriteWholeFile(station_.Home() + "/vdServer.INI",
-                 "[WireFeed1]\r\nNewsPath=" + Root() + "/my news\r\nCapturePort=1\r\n");
+  WriteWholeFile(station_.Home() + "/vdServer.INI", WallKeys(station_.Wall()) + "[WireFeed1]\r\nNewsPath=" +
+                                                        Root() + "/my news\r\nCapturePort=1\r\n");
   Start();
   for (const std::size_t count : {1u, 2u}) {
     ASSERT_TRUE(station_.com1->Write("\x01story\x04"));

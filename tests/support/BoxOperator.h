@@ -30,6 +30,10 @@ class DesktopScope {
         beep_(platform::BeepHook(), {}) {
     controls::InstallDesktop(who);
   }
+  // Whether somebody answers outlives the hooks.
+  ~DesktopScope() { controls::InstallDesktop(controls::Operator::Present); }
+  DesktopScope(const DesktopScope&) = delete;
+  DesktopScope& operator=(const DesktopScope&) = delete;
 
  private:
   QuietPlatform quiet_;

@@ -33,6 +33,7 @@ platform::BoxAnswer FakeBoxes::Answer(const platform::BoxRequest& request) {
 
 FakeFolderPicker::FakeFolderPicker()
     : hook_(platform::FolderPickerHook(), [this](const platform::FolderRequest& request) -> std::string {
+        last_ = request;
         if (expected_.empty()) {
           ADD_FAILURE() << "An unexpected folder picker: " << request.title;
           return {};

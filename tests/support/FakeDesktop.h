@@ -50,9 +50,12 @@ class FakeFolderPicker {
   FakeFolderPicker& operator=(const FakeFolderPicker&) = delete;
 
   void Expect(std::string title, std::string answer);
+  // The last request that came.
+  const platform::FolderRequest& Last() const { return last_; }
 
  private:
   std::deque<std::pair<std::string, std::string>> expected_;
+  platform::FolderRequest last_;
   platform::ScopedHook<std::string(const platform::FolderRequest&)> hook_;
 };
 

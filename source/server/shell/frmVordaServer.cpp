@@ -9,11 +9,14 @@
 
 #include <algorithm>
 
+#include "carts/Orvane_Audio_Routines.h"
+#include "carts/frmCartLocations.h"
 #include "config/ServerConfig.h"
 #include "controls/ChildForm.h"
 #include "controls/Twips.h"
 #include "platform/Files.h"
 #include "platform/ProgramEnd.h"
+#include "platform/Text.h"
 #include "shell/FramePlacing.h"
 #include "shell/ServerState.h"
 #include "shell/frmHistory.h"
@@ -37,6 +40,8 @@ struct MenuEntry {
 
 constexpr MenuEntry kMenuEntries[] = {
     {"&File", "mnuExit", "E&xit", [] { frmVordaServer::Default().Unload(); }},
+    {"&Settings", "mnuSettingsAudio", "&Cart Locations",
+     [] { AskForCartLocations(frmVordaServer::Default()); }},
 };
 
 // How far the view has to move for a stretch to be seen; its beginning where it is longer than the view.
@@ -138,11 +143,14 @@ void frmVordaServer::OnLoad() {
   frmSplash::Default().ShowPainted();
   ReadOSVersion();
   if (!ResolveIniFileName()) platform::EndProgram(kExitBadCommandLine);
+  ReadAudioWallSettings(gIniFileName);
   Show();
   frmSplash::Default().SetOwner(*this);
   gDefaultWaveFormat = {platform::kWaveFormatPcm, 1, 44100, 0, 0, 16, 0, 0};
   frmHistory::Default().Show();
   if (ReadServerConfig() != 0) ShutDown();
+  if (platform::Trim(gAudioWallParts.front().Location).empty()) AskForCartLocations(*this);
+  if (ConnectAudioWall(0, false) != 0) ShutDown();
   frmSplash::Default().Unload();
   MakeRoomForScrollBar();
   started_ = true;

@@ -3,7 +3,8 @@
 
 The station stands in build/demo. Real wire copy comes down two pseudo-terminals with the noise of real lines between the
 stories; the server cuts it, the sample story tools file it. A separate script works out from the bytes of the line which story
-files must be there. Exit code 0: all there and nothing else; 1: something is missing, unexpected or wrong; 2: it can't run here.
+files must be there. Beside the feeds the station has an audio wall, which must be the same at the end. Exit code 0: all there
+and nothing else; 1: something is missing, unexpected or wrong; 2: it can't run here.
 """
 
 from __future__ import annotations
@@ -15,6 +16,7 @@ import sys
 from collections.abc import Callable
 from pathlib import Path
 
+from demo_parts.carts import DemoWall
 from demo_parts.checks import (
     RunTimes,
     Totals,
@@ -72,7 +74,8 @@ class Demo:
     def set_up(self) -> None:
         clear_folder(self.folder, self.options.keep)
         address = free_address(self.feeds)
-        self.home = write_settings(self.folder, self.feeds, address)
+        self.wall = DemoWall(self.folder)
+        self.home = write_settings(self.folder, self.feeds, address, self.wall.locations)
         for feed in self.feeds:
             if feed.bounced:
                 self.bounces[feed.number] = BounceReader(feed.bounce_link)
@@ -186,12 +189,15 @@ class Demo:
             self.faults += check_daily_tools(feed, times)
             if feed.bounced:
                 self.faults += check_bounce(feed, bytes(self.bounces[feed.number].received))
+        changes = self.wall.changes()
+        self.faults += changes
         tell("")
         for wire in self.wires:
             tell(f"Line {wire.feed.number}: {wire.summary()}")
         tell(f"Stories: {totals.sent} sent, {totals.filed} filed, {totals.missing} missing, {totals.unexpected} unexpected")
         tell(f"({totals.discarded} pieces of fewer than {DISCARD_SIZE} bytes were discarded by the tool, as its configuration says;")
         tell(" what came behind the last story is still open, in a file of its own.)")
+        tell(f"Wall: {self.wall.carts} carts in {len(self.wall.files)} files, {len(changes) or 'none'} changed")
         for fault in self.faults:
             tell(f"WRONG: {fault}")
         if self.faults:

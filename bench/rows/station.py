@@ -8,6 +8,7 @@ import pty
 import shutil
 import signal
 import socket
+import sys
 import tempfile
 import termios
 import time
@@ -15,6 +16,9 @@ import tty
 from pathlib import Path
 
 from .row import MeasureError
+
+sys.path.append(str(Path(__file__).resolve().parents[2] / "simulator"))
+from wall import make_empty_wall  # noqa: E402  (found by the line above)
 
 STATUS_PORT = 6960
 START_CODE = b"\x01"
@@ -38,13 +42,11 @@ class Station:
         ports = {f"Com{number}": line.device for number, line in enumerate(self.lines, 1)}
         sections = {"SerialPorts": ports, "StatusPort": {"Address": self.address}, "Program": {"Directory": tools}}
         _write_ini(self.folder / "platform.ini", sections)
-        _write_ini(
-            self.folder / "vdServer.INI",
-            {
-                f"WireFeed{number}": {"NewsPath": configuration.parent, "CapturePort": number}
-                for number, configuration in enumerate(self.configurations, 1)
-            },
-        )
+        server: dict[str, dict[str, object]] = {
+            f"WireFeed{number}": {"NewsPath": configuration.parent, "CapturePort": number}
+            for number, configuration in enumerate(self.configurations, 1)
+        }
+        _write_ini(self.folder / "vdServer.INI", server | {"FileLocations": make_empty_wall(self.folder / "wall")})
 
     def __enter__(self) -> Station:
         return self

@@ -14,6 +14,7 @@ MARK = ".vorda-demo"
 BAUD = 115200
 DISCARD_SIZE = 70
 STATUS_PORT = 6960
+FEED_CARTS = 9000
 NEWS_DRIVE = "N"
 EXPIRED_DAYS = 20
 FRESH_DAYS = 5
@@ -59,6 +60,11 @@ class Feed:
     @property
     def plan(self) -> Path:
         return self.folder / f"wire{self.number}.plan"
+
+    @property
+    def index_cart(self) -> int:
+        """The cart ahead of those that it records into; the demo's wall leaves a hundred to each feed."""
+        return FEED_CARTS + 100 * self.number
 
     @property
     def status_port(self) -> int:
@@ -115,8 +121,8 @@ def _is_free(address: str, port: int) -> bool:
     return True
 
 
-def write_settings(folder: Path, feeds: list[Feed], address: str) -> Path:
-    """Writes all that the server reads; the answer is its VORDA_HOME."""
+def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str, Path]) -> Path:
+    """Writes all that the server reads; `wall` says where the parts of its wall lie. The answer is its VORDA_HOME."""
     home = folder / "home"
     for directory in (home, folder / "lines", folder / "pictures"):
         directory.mkdir()
@@ -125,7 +131,8 @@ def write_settings(folder: Path, feeds: list[Feed], address: str) -> Path:
     # A drive letter, as stations write their paths: what the windows show is the same wherever the demo runs.
     settings = {"SerialPorts": ports, "Drives": {NEWS_DRIVE: folder}, "StatusPort": {"Address": address}}
     _write_ini(home / "platform.ini", settings)
-    _write_ini(home / "vdServer.INI", {f"WireFeed{feed.number}": _server_keys(feed, len(feeds)) for feed in feeds})
+    server: dict[str, dict[str, object]] = {f"WireFeed{feed.number}": _server_keys(feed, len(feeds)) for feed in feeds}
+    _write_ini(home / "vdServer.INI", server | {"FileLocations": wall, "Audio": {"AllowAudioFileLinking": 1}})
     for feed in feeds:
         feed.news.mkdir()
         _write_ini(feed.news / "vorda.ini", _feed_sections(feed))
@@ -149,6 +156,11 @@ def _feed_sections(feed: Feed) -> dict[str, dict[str, object]]:
         "Categories": {"Name1": "Weather", "Code1": "w", "Expiry1": 10, "UnknownCategory": 1},
         "StoryDelimiters": {"StartChar": feed.start, "EndChar": feed.end},
         "TextData": {"Settings": f"{BAUD},n,8,1", "HandShaking": 0, "DiscardFileSize": DISCARD_SIZE},
+        "AudioCapture": {
+            "IndexCartNumber": feed.index_cart,
+            "StartCartNumber": feed.index_cart + 1,
+            "EndCartNumber": feed.index_cart + 99,
+        },
     }
 
 

@@ -16,10 +16,10 @@ import sys
 import tempfile
 from pathlib import Path
 
-from rows import display, end_code, filter_and_cut, full_speed, idle, start, steady_pace
+from rows import display, end_code, filter_and_cut, full_speed, idle, start, steady_pace, wall
 from rows.row import Bench, MeasureError, Row
 
-MODULES = (filter_and_cut, end_code, full_speed, steady_pace, display, idle, start)
+MODULES = (filter_and_cut, end_code, full_speed, steady_pace, display, idle, start, wall)
 HEADINGS = ["row", "figure", "baseline", "compared", "reach", ""]
 
 

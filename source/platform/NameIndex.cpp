@@ -19,23 +19,19 @@ bool IsAscii(char c) {
   return static_cast<unsigned char>(c) < 0x80;
 }
 
-// A hash of the characters ahead of a name's first point, without their case. Those beyond ASCII are to be
-// left out: the name then needs no conversion.
+// A hash of the characters ahead of a name's first point, without their case. Those beyond ASCII are left
+// out: the name then needs no conversion.
 class StemHash {
  public:
   void Take(char c) {
-    constexpr unsigned char kWithoutCase = 0xDF;
-    const auto code = static_cast<unsigned char>(c);
-    seen_ |= code;
-    bits_ = std::rotl(bits_, 5) ^ (code & kWithoutCase);
+    constexpr unsigned kWithoutCase = 0xDF;
+    if (IsAscii(c)) bits_ = std::rotl(bits_, 5) ^ (static_cast<unsigned char>(c) & kWithoutCase);
   }
-  bool TookAsciiAlone() const { return seen_ < 0x80; }
   // Every bit has its part in the upper half.
   std::size_t Value() const { return (bits_ * 0x9E3779B97F4A7C15u) >> 32; }
 
  private:
   std::uint64_t bits_ = 0;
-  unsigned seen_ = 0;
 };
 
 bool BeginsWithStem(std::string_view ansi, std::string_view stem) {
@@ -63,9 +59,7 @@ void NameIndex::SetNext(Place place, Place next) {
 
 std::size_t NameIndex::ChainOf(std::string_view name) const {
   StemHash hash;
-  for (const char c : name.substr(0, name.find('.'))) {
-    if (IsAscii(c)) hash.Take(c);
-  }
+  for (const char c : name.substr(0, name.find('.'))) hash.Take(c);
   return hash.Value() & (chains_.size() - 1);
 }
 
@@ -130,9 +124,7 @@ void NameIndex::AddNew(std::string_view nameOnDisk) {
   while (from != end && *from != '\0') *to++ = *from++;
   *to++ = '\0';
   const auto place = static_cast<Place>(used_);
-  const std::size_t chain =
-      hash.TookAsciiAlone() ? hash.Value() & (chains_.size() - 1) : ChainOf(NameAt(place));
-  SetNext(place, std::exchange(chains_[chain], place));
+  SetNext(place, std::exchange(chains_[hash.Value() & (chains_.size() - 1)], place));
   used_ = static_cast<std::size_t>(to - entries_.get());
   ++names_;
 }

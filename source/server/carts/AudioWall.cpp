@@ -66,6 +66,7 @@ void FillUpList(const AudioWallPart& wall, std::int32_t wanted) {
   const auto first = static_cast<std::int64_t>(std::nearbyint(records + 1));
   const CartRecord blank = PackCartInfo(gBlankCartInfo);
   std::string bytes;
+  bytes.reserve(static_cast<std::size_t>(wanted - first + 1) * blank.size());
   for (std::int64_t record = first; record <= wanted; ++record) bytes.append(blank.data(), blank.size());
   platform::WriteToFileAt(wall.ListHandle, (first - 1) * std::int64_t{kCartRecordSize}, bytes);
   platform::ReopenForRandom(wall.ListHandle, wall.ListFile);

@@ -31,6 +31,8 @@ void DialogForm::ShowModal(const Form& owner) {
   SetOwner(owner);
   Show();
   while (Visible()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  // The window system may give the keyboard to nobody when a dialog goes together with a box above it.
+  owner.TakeKeyboard();
 }
 
 void DialogForm::Leave(std::string_view tag) {

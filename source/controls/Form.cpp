@@ -82,6 +82,10 @@ bool Form::Visible() const {
   return Loaded() && host_->isVisible();
 }
 
+void Form::TakeKeyboard() const {
+  if (Visible()) host_->window()->activateWindow();
+}
+
 const std::string& Form::Tag() {
   Load();
   return tag_;

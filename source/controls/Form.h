@@ -39,6 +39,8 @@ class Form : public QObject {
   virtual void Show();
   void Hide();
   bool Visible() const;
+  // Asks for the keyboard, if the form is up.
+  void TakeKeyboard() const;
   // Has this window stand above another form's, from now on if it is up, and be reachable while that one is
   // modal.
   void SetOwner(const Form& owner);

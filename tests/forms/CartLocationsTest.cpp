@@ -143,6 +143,7 @@ TEST_F(CartLocations, FirstRowGoesAloneWhileTheBoxIsClear) {
 TEST_F(CartLocations, TabGoesFromTheBoxRowByRowToOk) {
   Locate(1, "W:\\ONE");
   Ask([] {
+    TabTo("chkUseOneCartLocation");
     Texts wanted = {"chkUseOneCartLocation"};
     for (int part = 1; part <= kAudioWallParts; ++part) {
       wanted.push_back(controls::ElementName("txtCartLocations", part));
@@ -161,6 +162,7 @@ TEST_F(CartLocations, TabGoesFromTheBoxRowByRowToOk) {
 
 TEST_F(CartLocations, TabLeavesTheBoundRowsOut) {
   Ask([] {
+    TabTo("chkUseOneCartLocation");
     Texts reached = {FocusName()};
     for (int tabs = 0; tabs < 4; ++tabs) {
       Press(Qt::Key_Tab);
@@ -238,7 +240,7 @@ TEST_F(CartLocations, HiddenDialogKeepsItsTexts) {
   LocateAll("W:\\TWO");
   Ask([] {
     EXPECT_EQ(Rows(), Same("w:\\one"));
-    EXPECT_EQ(FocusName(), "chkUseOneCartLocation");
+    EXPECT_EQ(FocusName(), "txtCartLocations1");
     EXPECT_EQ(Form().Tag(), "");
     Press(Qt::Key_Escape);
   });

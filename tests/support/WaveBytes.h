@@ -8,10 +8,10 @@
 
 namespace vorda::test {
 
-// A number, the low byte first.
+// A number, the low byte first, with zeros behind it where it is to be wider than any.
 inline std::string Number(std::uint64_t number, int width) {
   std::string bytes;
-  for (int i = 0; i < width; ++i) bytes += static_cast<char>(number >> (8 * i));
+  for (; width > 0; --width, number >>= 8) bytes += static_cast<char>(number);
   return bytes;
 }
 

@@ -109,7 +109,7 @@ void frmCartLocations::OnLoad() {
 // A dialog that comes up again would start where the toolkit has left the focus, on the control behind the
 // last one.
 void frmCartLocations::OnActivate() {
-  Control<QCheckBox>("chkUseOneCartLocation")->setFocus();
+  Control<TextBox>("txtCartLocations1")->setFocus();
 }
 
 std::string frmCartLocations::Row(int part) {

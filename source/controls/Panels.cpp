@@ -37,6 +37,13 @@ void Panel::SetCaption(std::string_view caption) {
   update();
 }
 
+void Panel::SetBackColor(std::int32_t color) {
+  backColor_ = color;
+  QPalette colors = palette();
+  colors.setColor(QPalette::Window, ColorOf(color));
+  setPalette(colors);
+}
+
 void Panel::paintEvent(QPaintEvent* event) {
   QFrame::paintEvent(event);
   if (caption_.empty()) return;

@@ -6,9 +6,12 @@
 #include <QFrame>
 #include <QLabel>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
+
+#include "controls/Colors.h"
 
 namespace vorda::controls {
 
@@ -29,12 +32,16 @@ class Panel : public QFrame {
   explicit Panel(QWidget* parent = nullptr);
   void SetCaption(std::string_view caption);
   const std::string& Caption() const { return caption_; }
+  // A colour value as ColorOf takes it.
+  void SetBackColor(std::int32_t color);
+  std::int32_t BackColor() const { return backColor_; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
 
  private:
   std::string caption_;
+  std::int32_t backColor_ = kButtonFace;
 };
 
 // A sunken panel that fills from the left.

@@ -4,7 +4,10 @@
 #include <QIcon>
 #include <QTimer>
 
+#include <utility>
+
 #include "controls/DesktopServices.h"
+#include "platform/Files.h"
 #include "platform/ProgramEnd.h"
 #include "platform/Settings.h"
 #include "platform/StandardError.h"
@@ -19,6 +22,16 @@ bool HasDisplay() {
          !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
+// A display that is lost ends the program, but not a recording without its length: what can be filed without
+// windows is. Whatever that has to tell goes to standard error.
+void ShutDownWithoutDisplay() {
+  static bool begun = false;
+  if (std::exchange(begun, true)) return;
+  vorda::controls::InstallDesktop(vorda::controls::Operator::Absent);
+  vorda::ShutDownFeeds();
+  vorda::platform::CloseAllFiles();
+}
+
 QtMessageHandler gToolkitMessages = nullptr;
 
 // The offscreen platform says each time what it can't do; of what is told on standard error nothing is to be
@@ -28,8 +41,12 @@ void TellToolkitMessage(QtMsgType type, const QMessageLogContext& context, const
     if (message.startsWith(QLatin1String(noise))) return;
   }
   gToolkitMessages(type, context, message);
-  // A display that can't be reached: told, and the end, without the picture of a crash.
-  if (type == QtFatalMsg) vorda::platform::EndProgram(1);
+  // A display that is lost or can't be reached: told, and the end, without the picture of a crash. Of a loss
+  // the toolkit only warns, and ends the program behind the warning.
+  if (type == QtFatalMsg || message.contains(QLatin1String("connection broke"))) {
+    ShutDownWithoutDisplay();
+    vorda::platform::EndProgram(1);
+  }
 }
 
 }  // namespace
@@ -54,5 +71,7 @@ int main(int argc, char** argv) {
   const vorda::platform::TerminationSignals termination([] { vorda::frmVordaServer::ShutDown(); });
   // From inside the event loop, so that the start-up may wait for answers and end the program.
   QTimer::singleShot(0, &application, [] { vorda::frmVordaServer::Default().Load(); });
-  return QApplication::exec();
+  const int exitCode = QApplication::exec();
+  ShutDownWithoutDisplay();
+  return exitCode;
 }

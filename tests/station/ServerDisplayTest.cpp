@@ -12,6 +12,7 @@
 
 #include "station/Station.h"
 #include "support/EventLoop.h"
+#include "support/WaveBytes.h"
 
 namespace vorda::test {
 namespace {
@@ -63,6 +64,33 @@ TEST(ServerDisplay, LostOneEndsItWithOne) {
   EXPECT_TRUE(client.WaitForEnd());
   ASSERT_EQ(station.StoryFiles(1).size(), 1u);
   EXPECT_EQ(ReadWholeFile(station.StoryFiles(1)[0]), "half a story");
+}
+
+// What was recorded is filed, with its length.
+TEST(ServerDisplay, LostOneFilesTheRecording) {
+  constexpr std::int32_t kRate = 8000;
+  Display display;
+  Station station;
+  WriteWholeFile(station.Home() + "/sound.wav", Riff(FormatChunk({1, 1, kRate, 2 * kRate, 2, 16}) +
+                                                     Chunk("data", std::string(4 * kRate, 'a'))));
+  WriteWholeFile(station.Home() + "/platform.ini", ReadWholeFile(station.Home() + "/platform.ini") +
+                                                       "[WaveIn]\r\n1=file:" + station.Home() +
+                                                       "/sound.wav\r\n");
+  station.AddFeed(
+      1, "SoundCard=1\r\n",
+      "[General]\r\nName=Wire\r\n[AudioCapture]\r\nAudioActivationLevel=1\r\nAudioStartDuration=0\r\n"
+      "[RecordAudioFormat]\r\nSampleRate=8000\r\n");
+  station.StartWith({"DISPLAY=" + display.Name()});
+  const std::string cart = station.Wall() + "/ORV09001.WAV";
+  ASSERT_TRUE(WaitUntil([&] { return ReadWholeFile(cart).size() > 1000; }, 20000))
+      << station.Server().output();
+  display.End();
+  EXPECT_EQ(station.Server().ExitCode(), 1) << station.Server().output();
+  const std::string audio = ReadWholeFile(cart);
+  EXPECT_EQ(audio.substr(4, 4), Number(audio.size() - 8, 4));
+  EXPECT_EQ(audio.substr(40, 4), Number(audio.size() - 44, 4));
+  EXPECT_NE(ReadWholeFile(station.Wall() + "/Carts10.lst").find("Recorded by Vorda Server"),
+            std::string::npos);
 }
 
 // Feed 2's warning waits for an operator, who isn't there.

@@ -19,6 +19,7 @@
 #include "support/EventLoop.h"
 #include "support/FakeDesktop.h"
 #include "support/FakeSerialControl.h"
+#include "support/FakeStream.h"
 #include "support/FormFrame.h"
 #include "support/Loopback.h"
 #include "support/TempDirectory.h"
@@ -85,6 +86,7 @@ class FeedWindows : public ::testing::Test {
   FakeBoxes boxes;
   FakeProcesses processes;
   std::optional<FakeSerialControls> ports{std::in_place};
+  FakeStreams streams;
   FormFrame frame;
 };
 

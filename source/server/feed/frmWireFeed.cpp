@@ -28,7 +28,8 @@ frmWireFeed::frmWireFeed()
     : ChildForm("frmWireFeed"),
       // A window that is closed behind a box is no feed any more; it must not be loaded again by a question.
       stories_([this] { return Loaded() ? Tag() : std::string(); },
-               [this](std::string_view text) { sendWinSockMessage(text); }) {}
+               [this](std::string_view text) { sendWinSockMessage(text); }),
+      audio_(MakeAudioHost()) {}
 
 frmWireFeed::~frmWireFeed() = default;
 
@@ -47,6 +48,7 @@ void frmWireFeed::BuildControls(QWidget* client) {
   capture_->SetSource([this] { return std::string_view(captureText_.Text()); });
   lblConfigFile()->Change = [this] { lblConfigFile_Change(); };
   MakeDevices(client);
+  FindStrip();
   SetText("Wire Feed Capture");
 }
 
@@ -57,17 +59,21 @@ void frmWireFeed::MakeDevices(QWidget* client) {
   devices_.commCapture->OnComm = [this] { commCapture_OnComm(); };
   devices_.winSockAudio = std::make_unique<StatusPort>([this] {
     const WireFeedRecord* feed = FeedOfTag(Tag());
-    return feed == nullptr ? StatusPortState{}
-                           : StatusPortState{feed->Name, feed->LastRecordedCartNumber, CurrentRecordCart};
+    return feed == nullptr
+               ? StatusPortState{}
+               : StatusPortState{feed->Name, feed->LastRecordedCartNumber, audio_.CurrentRecordCart};
   });
-  // All three tick from the start. The story tools' finds nothing to do on a window without a feed number,
-  // the audio's two as long as the feed takes no audio in.
+  devices_.axTidewire1 = platform::MakeStreamControl();
+  devices_.axTidewire1->AudioData = [this](const char* bytes, std::int32_t length) {
+    audio_.Take(bytes, length);
+  };
+  // All three tick from the start, and find nothing to do on a window without a feed number.
   devices_.timerIndexLogs = new platform::ReentrantTimer(
       kIndexLogsInterval, [this] { timerIndexLogs_Timer(); }, client);
   devices_.timerRecordMonitor = new platform::ReentrantTimer(
-      kRecordMonitorInterval, [] {}, client);
+      kRecordMonitorInterval, [this] { timerRecordMonitor_Timer(); }, client);
   devices_.tmrAudioLevel = new platform::ReentrantTimer(
-      kAudioLevelInterval, [] {}, client);
+      kAudioLevelInterval, [this] { tmrAudioLevel_Timer(); }, client);
   devices_.timerIndexLogs->setObjectName("timerIndexLogs");
   devices_.timerRecordMonitor->setObjectName("timerRecordMonitor");
   devices_.tmrAudioLevel->setObjectName("tmrAudioLevel");
@@ -92,7 +98,7 @@ void frmWireFeed::lblConfigFile_Change() {
   gServerCartEnd = feed.EndCartNumber;
   SetText("Vorda Server : " + feed.Name);
   OpenPorts(feed);
-  if (Loaded()) devices_.winSockAudio->Start(feed.SoundCard);
+  if (Loaded()) StartAudio(feed);
 }
 
 // Both ports get the feed's one set of serial settings. A bounce port works only behind a capture port that
@@ -168,11 +174,6 @@ void frmWireFeed::sendWinSockMessage(std::string_view msg) {
   if (devices_.winSockAudio) devices_.winSockAudio->Send(msg);
 }
 
-// The feed takes no audio in yet, so no recording can be under way.
-std::int32_t frmWireFeed::EndRecording() {
-  return 0;
-}
-
 void frmWireFeed::OnActivate() {
   gActiveFeed = platform::NumericInteger(Tag()).value_or(0);
 }
@@ -188,6 +189,8 @@ void frmWireFeed::OnResize() {
 
 // An open story stays open: its file and its number stay in the record, and nothing hands it on.
 void frmWireFeed::OnUnload() {
+  if (audio_.Recording) EndRecording();
+  devices_.axTidewire1->StopStream();
   devices_.winSockAudio->Close();
   devices_ = Devices();
 }

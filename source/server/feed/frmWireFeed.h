@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QPointer>
+#include <QPushButton>
 
 #include <cstdint>
 #include <memory>
@@ -16,12 +17,15 @@
 #include "controls/ChildForm.h"
 #include "controls/Panels.h"
 #include "controls/TerminalView.h"
+#include "feed/AudioIntake.h"
 #include "feed/CaptureText.h"
 #include "feed/DailyTools.h"
+#include "feed/LevelMachine.h"
 #include "feed/StatusPort.h"
 #include "feed/StoryCapture.h"
 #include "platform/ReentrantTimer.h"
 #include "platform/SerialControl.h"
+#include "platform/StreamControl.h"
 
 namespace vorda {
 
@@ -37,6 +41,8 @@ class frmWireFeed : public controls::ChildForm {
   // Sends a line to the feed's status client; dropped when none is connected.
   void sendWinSockMessage(std::string_view msg);
 
+  // Begins a recording into a cart; results as AudioIntake.
+  std::int32_t StartRecording(std::int32_t cart);
   // Ends the recording under way, if there is one. Result: 0, always.
   std::int32_t EndRecording();
 
@@ -55,11 +61,19 @@ class frmWireFeed : public controls::ChildForm {
   struct Devices {
     std::unique_ptr<platform::SerialControl> commCapture;
     std::unique_ptr<platform::SerialControl> commBouncePort;
+    std::unique_ptr<platform::StreamControl> axTidewire1;
     std::unique_ptr<StatusPort> winSockAudio;
     // Owned by the window's host.
     platform::ReentrantTimer* timerIndexLogs = nullptr;
     platform::ReentrantTimer* timerRecordMonitor = nullptr;
     platform::ReentrantTimer* tmrAudioLevel = nullptr;
+  };
+
+  // The controls of the strip that change: too often to look them up by name. Null while not loaded.
+  struct Strip {
+    QPointer<controls::FloodPanel> pnlVolume;
+    QPointer<controls::Panel> pnlTimeIn, pnlTimeOut, pnlCartNo;
+    QPointer<QPushButton> cmdRecord, cmdEject;
   };
 
   void MakeDevices(QWidget* client);
@@ -70,6 +84,15 @@ class frmWireFeed : public controls::ChildForm {
   void AppendCaptureText(std::string& data);
   void timerIndexLogs_Timer();
 
+  AudioIntakeHost MakeAudioHost();
+  void FindStrip();
+  void ShowGate(bool open);
+  void StartAudio(const struct WireFeedRecord& feed);
+  bool StartNextRecording(struct WireFeedRecord& feed);
+  void cmdRecord_Click();
+  void tmrAudioLevel_Timer();
+  void timerRecordMonitor_Timer();
+
   Devices devices_;
   CaptureText captureText_;
   // The view that shows it, while the window is loaded. Arrivals come thousands of times a second: too often
@@ -77,7 +100,10 @@ class frmWireFeed : public controls::ChildForm {
   QPointer<controls::TerminalView> capture_;
   StoryCapture stories_;
   DailyToolsState dailyTools_;
-  std::int32_t CurrentRecordCart = 0;
+  Strip strip_;
+  AudioIntake audio_;
+  LevelMachine level_;
+  TimeStamp lastDiskCheckStamp_;
 };
 
 }  // namespace vorda

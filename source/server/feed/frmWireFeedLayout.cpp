@@ -82,8 +82,10 @@ void BuildWireFeedControls(QWidget* client) {
   QFont small = client->font();
   small.setPointSizeF(QFontInfo(small).pointSizeF() * 0.6);
   Find(client, "Label3")->setFont(small);
-  // They come to life with a recording.
-  for (const char* name : {"cmdRecord", "cmdEject"}) Find(client, name)->setEnabled(false);
+  QFont large = client->font();
+  large.setPointSizeF(QFontInfo(large).pointSizeF() * 1.4);
+  large.setBold(true);
+  Find(client, "pnlCartNo")->setFont(large);
 }
 
 void PlaceWireFeedControls(QWidget* client) {

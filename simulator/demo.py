@@ -16,6 +16,7 @@ import sys
 from collections.abc import Callable
 from pathlib import Path
 
+from demo_parts import sound, sound_server
 from demo_parts.carts import DemoWall
 from demo_parts.checks import (
     RunTimes,
@@ -28,6 +29,7 @@ from demo_parts.checks import (
 )
 from demo_parts.filed import everything_filed, filed_files
 from demo_parts.programs import Program, wait_until
+from demo_parts.recordings import check_recordings
 from demo_parts.screen import Screen, choose_screen, has_display
 from demo_parts.station import DISCARD_SIZE, DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
 from demo_parts.status import PRINTING, StatusTerminal
@@ -58,6 +60,7 @@ class Demo:
         self.terminals: dict[int, StatusTerminal] = {}
         self.screen: Screen | None = None
         self.server: Program | None = None
+        self.sound_server: sound_server.SoundServer | None = None
         self.faults: list[str] = []
 
     def run(self) -> int:
@@ -74,8 +77,9 @@ class Demo:
     def set_up(self) -> None:
         clear_folder(self.folder, self.options.keep)
         address = free_address(self.feeds)
-        self.wall = DemoWall(self.folder)
-        self.home = write_settings(self.folder, self.feeds, address, self.wall.locations)
+        self.wall = DemoWall(self.folder, self.feeds)
+        self.items = {feed.number: sound.make_items(self.folder, feed) for feed in self.feeds}
+        self.home = write_settings(self.folder, self.feeds, address, self.wall.locations, self.make_inputs())
         for feed in self.feeds:
             if feed.bounced:
                 self.bounces[feed.number] = BounceReader(feed.bounce_link)
@@ -86,9 +90,21 @@ class Demo:
             self.terminals[feed.number] = StatusTerminal(feed, address)
         self.screen = choose_screen(self.folder, self.options.pictures)
 
+    def make_inputs(self) -> dict[int, str]:
+        """The device of each sound card's number: a sink of the demo's sound server, or a file that plays."""
+        if self.options.sound == "server":
+            self.sound_server = sound_server.SoundServer(self.folder, self.feeds)
+            return {feed.sound_card: sound_server.device_of(feed) for feed in self.feeds}
+        programmes = {feed.number: self.folder / "items" / f"programme{feed.number}.wav" for feed in self.feeds}
+        for number, programme in programmes.items():
+            sound.write_programme(programme, self.items[number])
+        return {feed.sound_card: f"file:{programmes[feed.number]}" for feed in self.feeds}
+
     def start_server(self) -> None:
         self.started = datetime.datetime.now()
         environment = self.screen.environment() | {"VORDA_HOME": str(self.home)}
+        if self.sound_server is not None:
+            environment |= self.sound_server.environment()
         self.server = Program([str(self.options.server)], self.folder / "server.log", environment)
         for terminal in self.terminals.values():
             if not wait_until(lambda: not self.server.runs() or terminal.connect(), START_SECONDS):
@@ -103,13 +119,18 @@ class Demo:
         tell(f"The server runs. Wire copy comes for about {self.options.seconds} s; here are its status lines.")
         for wire in self.wires:
             wire.begin()
+        if self.sound_server is not None:
+            for feed in self.feeds:
+                sound.Announcer(feed, self.items[feed.number], self.sound_server, self.terminals[feed.number]).start()
 
     def await_stories(self) -> None:
         limit = self.options.seconds + GRACE_SECONDS
         self.wait_for(self.well_under_way, limit, "the first stories")
+        self.wait_for(self.recording_everywhere, GRACE_SECONDS, "a recording on each feed")
         self.save_picture("receiving")
         self.wait_for(lambda: all(wire.has_sent_all() for wire in self.wires), limit, "the end of the wire copy")
         self.wait_for(self.all_arrived, GRACE_SECONDS, "the last stories")
+        self.wait_for(lambda: sound.all_recorded(self.feeds, self.terminals.get), GRACE_SECONDS, "the last recording")
         due = self.times()
         self.wait_for(lambda: all(daily_tools_due(feed, due) for feed in self.feeds), GRACE_SECONDS, "the daily tools")
         self.save_picture("frame")
@@ -124,6 +145,9 @@ class Demo:
 
     def well_under_way(self) -> bool:
         return all(len(filed_files(feed)) >= STORIES_FOR_PICTURE for feed in self.feeds)
+
+    def recording_everywhere(self) -> bool:
+        return all(sound.is_recording(terminal) for terminal in self.terminals.values())
 
     def all_arrived(self) -> bool:
         if any(len(bounce.received) < self.feed(number).sent.stat().st_size for number, bounce in self.bounces.items()):
@@ -177,6 +201,8 @@ class Demo:
             wire.program.end()
         for bounce in self.bounces.values():
             bounce.end()
+        if self.sound_server is not None:
+            self.sound_server.end()
         if self.screen is not None:
             self.screen.end()
 
@@ -189,6 +215,7 @@ class Demo:
             self.faults += check_daily_tools(feed, times)
             if feed.bounced:
                 self.faults += check_bounce(feed, bytes(self.bounces[feed.number].received))
+            self.faults += check_recordings(feed, self.items[feed.number], self.folder / "wall")
         changes = self.wall.changes()
         self.faults += changes
         tell("")
@@ -197,6 +224,7 @@ class Demo:
         tell(f"Stories: {totals.sent} sent, {totals.filed} filed, {totals.missing} missing, {totals.unexpected} unexpected")
         tell(f"({totals.discarded} pieces of fewer than {DISCARD_SIZE} bytes were discarded by the tool, as its configuration says;")
         tell(" what came behind the last story is still open, in a file of its own.)")
+        tell(f"Recordings: {sum(map(len, self.items.values()))} items said, {self.recorded()} recordings ended")
         tell(f"Wall: {self.wall.carts} carts in {len(self.wall.files)} files, {len(changes) or 'none'} changed")
         for fault in self.faults:
             tell(f"WRONG: {fault}")
@@ -207,6 +235,9 @@ class Demo:
         tell(f"All is well. The stories lie in {self.folder}/news*/Stories.")
         return 0
 
+    def recorded(self) -> int:
+        return sum(sound.recordings(terminal) for terminal in self.terminals.values())
+
 
 def parse_options() -> argparse.Namespace:
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
@@ -216,6 +247,9 @@ def parse_options() -> argparse.Namespace:
     parser.add_argument("--no-pictures", dest="pictures", action="store_false", help="save no pictures")
     parser.add_argument("--keep", action="store_true", help="set an earlier run's folder aside instead of removing it")
     parser.add_argument("--folder", type=Path, default=ROOT / "build" / "demo", help="the station's folder")
+    sounds = "server" if sound_server.can_run() else "file"
+    help_text = "where the feeds' sound comes from: a sound server of the demo's own, or files (default here: %(default)s)"
+    parser.add_argument("--sound", choices=("server", "file"), default=sounds, help=help_text)
     parser.add_argument("--server", type=Path, help="another server than the build directory's")
     options = parser.parse_args()
     options.build = options.build.resolve()

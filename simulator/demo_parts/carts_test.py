@@ -14,7 +14,7 @@ class DemoWallTest(unittest.TestCase):
         place = tempfile.TemporaryDirectory()
         cls.addClassCleanup(place.cleanup)
         cls.folder = Path(place.name)
-        cls.wall = DemoWall(cls.folder)
+        cls.wall = DemoWall(cls.folder, make_feeds(cls.folder, cls.folder))
 
     def test_wall_that_nobody_touched(self) -> None:
         # 59 with audio and the link, 4 texts, 6 strays, 10 lists, the linked file.

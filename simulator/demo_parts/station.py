@@ -16,6 +16,10 @@ DISCARD_SIZE = 70
 STATUS_PORT = 6960
 FEED_CARTS = 9000
 NEWS_DRIVE = "N"
+AUDIO_RATE = 22050
+AUDIO_LEVEL = 5
+AUDIO_START_SECONDS = 1
+AUDIO_END_SECONDS = 2
 EXPIRED_DAYS = 20
 FRESH_DAYS = 5
 
@@ -77,8 +81,8 @@ class Feed:
 def make_feeds(folder: Path, data: Path) -> list[Feed]:
     day = datetime.date.today()
     return [
-        Feed(1, "Weather wire SOH-ETX", "soh-etx", 1, 3, 0, folder, data / "soh-etx", True, day),
-        Feed(2, "Weather wire SOH-EOT", "soh-eot", 1, 4, 1, folder, data / "soh-eot", False, day),
+        Feed(1, "Weather wire SOH-ETX", "soh-etx", 1, 3, 1, folder, data / "soh-etx", True, day),
+        Feed(2, "Weather wire SOH-EOT", "soh-eot", 1, 4, 2, folder, data / "soh-eot", False, day),
     ]
 
 
@@ -121,8 +125,9 @@ def _is_free(address: str, port: int) -> bool:
     return True
 
 
-def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str, Path]) -> Path:
-    """Writes all that the server reads; `wall` says where the parts of its wall lie. The answer is its VORDA_HOME."""
+def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str, Path], inputs: dict[int, str]) -> Path:
+    """Writes all that the server reads; `wall` says where the parts of its wall lie, `inputs` which device a sound card's
+    number means. The answer is its VORDA_HOME."""
     home = folder / "home"
     for directory in (home, folder / "lines", folder / "pictures"):
         directory.mkdir()
@@ -130,7 +135,7 @@ def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str
     ports |= {f"Com{len(feeds) + feed.number}": feed.bounce_link for feed in feeds}
     # A drive letter, as stations write their paths: what the windows show is the same wherever the demo runs.
     settings = {"SerialPorts": ports, "Drives": {NEWS_DRIVE: folder}, "StatusPort": {"Address": address}}
-    _write_ini(home / "platform.ini", settings)
+    _write_ini(home / "platform.ini", settings | {"WaveIn": inputs})
     server: dict[str, dict[str, object]] = {f"WireFeed{feed.number}": _server_keys(feed, len(feeds)) for feed in feeds}
     _write_ini(home / "vdServer.INI", server | {"FileLocations": wall, "Audio": {"AllowAudioFileLinking": 1}})
     for feed in feeds:
@@ -160,7 +165,11 @@ def _feed_sections(feed: Feed) -> dict[str, dict[str, object]]:
             "IndexCartNumber": feed.index_cart,
             "StartCartNumber": feed.index_cart + 1,
             "EndCartNumber": feed.index_cart + 99,
+            "AudioActivationLevel": AUDIO_LEVEL,
+            "AudioStartDuration": AUDIO_START_SECONDS,
+            "AudioEndDuration": AUDIO_END_SECONDS,
         },
+        "RecordAudioFormat": {"Format": 1, "Channels": 1, "SampleRate": AUDIO_RATE},
     }
 
 

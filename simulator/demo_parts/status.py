@@ -44,4 +44,7 @@ class StatusTerminal(threading.Thread):
         return any(line.endswith(FIRST_LINE) for line in self.lines)
 
     def stories(self) -> int:
-        return sum(line.endswith(STORY_LINE) for line in self.lines)
+        return self.count(STORY_LINE)
+
+    def count(self, ending: str) -> int:
+        return sum(line.endswith(ending) for line in self.lines)

@@ -1,5 +1,6 @@
-// The whole station from outside: the demo plays real wire copy into the real server and checks what is
-// filed. Each of these takes about ten seconds of real time, since the copy comes at the pace of its line.
+// The whole station from outside: the demo plays real wire copy and speech into the real server, through a
+// real sound server, and checks what is filed and recorded. Each of these takes about a quarter of a minute
+// of real time, since copy comes at the pace of its line and sound at its own.
 
 #include <gtest/gtest.h>
 
@@ -22,6 +23,8 @@ TEST(DemoTest, EveryStoryOfTheWireIsFiled) {
   Program demo(DemoCommand(directory));
   EXPECT_EQ(demo.ExitCode(kMilliseconds), 0) << demo.output();
   EXPECT_NE(demo.output().find("60 sent, 60 filed, 0 missing, 0 unexpected"), std::string::npos)
+      << demo.output();
+  EXPECT_NE(demo.output().find("Recordings: 4 items said, 4 recordings ended"), std::string::npos)
       << demo.output();
   EXPECT_NE(demo.output().find("Wall: 60 carts in 81 files, none changed"), std::string::npos)
       << demo.output();

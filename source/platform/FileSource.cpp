@@ -25,6 +25,7 @@ std::vector<std::int16_t> ReadSound(const std::string& path, const SampleFormat&
   SF_INFO info{};
   const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(sf_open(path.c_str(), SFM_READ, &info), sf_close);
   if (!file || info.channels < 1 || info.samplerate < 1 || info.frames < 1) return {};
+  sf_command(file.get(), SFC_SET_SCALE_FLOAT_INT_READ, nullptr, SF_TRUE);
   const auto channels = static_cast<std::size_t>(info.channels);
   std::vector<std::int16_t> read(static_cast<std::size_t>(info.frames) * channels);
   const auto frames =

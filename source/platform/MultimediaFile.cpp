@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <limits>
 #include <map>
@@ -12,6 +11,7 @@
 
 #include "platform/Descriptor.h"
 #include "platform/Files.h"
+#include "platform/LittleEndian.h"
 #include "platform/NativePath.h"
 #include "platform/OpenFiles.h"
 #include "platform/WaveErrors.h"
@@ -39,12 +39,6 @@ MultimediaFile* Find(MmioHandle handle) {
   return found == Files().end() ? nullptr : &found->second;
 }
 
-std::array<char, 4> LittleEndian(std::uint32_t number) {
-  std::array<char, 4> bytes;
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(number >> (8 * i) & 0xFF);
-  return bytes;
-}
-
 std::int32_t Go(MultimediaFile& file, std::uint64_t place) {
   if (::lseek(file.file.number(), static_cast<off_t>(place), SEEK_SET) < 0) return MMIOERR_CANNOTSEEK;
   file.place = place;
@@ -65,8 +59,9 @@ std::int32_t Put(MultimediaFile& file, std::string_view bytes) {
 }
 
 std::int32_t PutNumber(MultimediaFile& file, std::uint32_t number) {
-  const std::array<char, 4> bytes = LittleEndian(number);
-  return Put(file, {bytes.data(), bytes.size()});
+  std::string bytes;
+  AppendLittleEndian(bytes, number, 4);
+  return Put(file, bytes);
 }
 
 // A size beyond 32 bits reads as the largest there is: players then take what the file holds.

@@ -41,10 +41,11 @@ SampleIntake::SampleIntake(SampleFormat format, std::function<void()> wake)
 
 void SampleIntake::Remember(std::span<const std::int16_t> samples) {
   if (samples.size() > newest_.size()) samples = samples.last(newest_.size());
-  for (const std::int16_t sample : samples) {
-    newest_[newestPlace_] = sample;
-    newestPlace_ = (newestPlace_ + 1) % newest_.size();
-  }
+  // Up to the ring's end, and the rest from its beginning on.
+  const std::size_t ahead = std::min(samples.size(), newest_.size() - newestPlace_);
+  std::ranges::copy(samples.first(ahead), newest_.begin() + static_cast<std::ptrdiff_t>(newestPlace_));
+  std::ranges::copy(samples.subspan(ahead), newest_.begin());
+  newestPlace_ = (newestPlace_ + samples.size()) % newest_.size();
 }
 
 void SampleIntake::Put(std::span<const std::int16_t> samples) {

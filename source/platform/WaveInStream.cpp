@@ -66,14 +66,15 @@ class WaveInStream : public StreamControl {
   // Starts on the input of the present number, or waits until the number has one.
   void Begin() {
     const std::string device = WaveInDeviceName(wavedevicenumber);
+    const bool isFile = device.starts_with(kFileDevice);
+    // Inputs that the station gets later are to have a number as well.
+    if (!isFile) WatchInputs();
     if (device.empty()) {
       WaitingStreams().insert(this);
-      WatchInputs();
       return;
     }
-    source_ = device.starts_with(kFileDevice)
-                  ? MakeFileSource(NativePath(device.substr(kFileDevice.size())), *intake_)
-                  : MakeServerSource(device, *intake_);
+    source_ = isFile ? MakeFileSource(NativePath(device.substr(kFileDevice.size())), *intake_)
+                     : MakeServerSource(device, *intake_);
   }
 
  private:

@@ -4,6 +4,7 @@
 
 #include "audio/AudioRoutines.h"
 #include "platform/Files.h"
+#include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
 #include "platform/NativePath.h"
 #include "platform/RandomFiles.h"
@@ -17,24 +18,19 @@ constexpr std::uint32_t kRiffSize = 46;
 constexpr std::uint32_t kDataSize = 10;
 constexpr std::uint32_t kPcm = 1;
 
-// Numbers begin with their lowest byte.
-void AppendNumber(std::string& bytes, std::uint32_t number, int size) {
-  for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFF);
-}
-
 std::string BlankHeader(std::uint32_t rate, std::uint32_t bits, std::uint32_t channels) {
   std::string bytes = "RIFF";
-  AppendNumber(bytes, kRiffSize, 4);
+  platform::AppendLittleEndian(bytes, kRiffSize, 4);
   bytes += "WAVEfmt ";
-  AppendNumber(bytes, bits, 4);  // in the chunk size's place: right for 16 bits
-  AppendNumber(bytes, kPcm, 2);
-  AppendNumber(bytes, channels, 2);
-  AppendNumber(bytes, rate, 4);
-  AppendNumber(bytes, rate * channels * bits / 8, 4);
-  AppendNumber(bytes, channels * bits / 8, 2);
-  AppendNumber(bytes, bits, 2);
+  platform::AppendLittleEndian(bytes, bits, 4);  // in the chunk size's place: right for 16 bits
+  platform::AppendLittleEndian(bytes, kPcm, 2);
+  platform::AppendLittleEndian(bytes, channels, 2);
+  platform::AppendLittleEndian(bytes, rate, 4);
+  platform::AppendLittleEndian(bytes, rate * channels * bits / 8, 4);
+  platform::AppendLittleEndian(bytes, channels * bits / 8, 2);
+  platform::AppendLittleEndian(bytes, bits, 2);
   bytes += "data";
-  AppendNumber(bytes, kDataSize, 4);
+  platform::AppendLittleEndian(bytes, kDataSize, 4);
   return bytes;
 }
 

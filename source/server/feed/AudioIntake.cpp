@@ -7,6 +7,7 @@
 #include "feed/CartRotation.h"
 #include "platform/Clock.h"
 #include "platform/Files.h"
+#include "platform/LittleEndian.h"
 #include "platform/MessageBox.h"
 #include "platform/NativePath.h"
 #include "shell/GeneralFunctions.h"
@@ -41,22 +42,18 @@ bool HasRoom(const std::string& path, std::int32_t bytesPerSecond) {
   return low >= kSecondsOfRoom * bytesPerSecond;
 }
 
-void AppendNumber(std::string& bytes, std::uint32_t number, int size) {
-  for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFF);
-}
-
 // The format as the stream has it now, whatever the feed's configuration says.
 std::string FormatBytes(const platform::StreamControl& stream) {
   const auto channels = static_cast<std::uint16_t>(stream.numberchannels);
   const auto rate = static_cast<std::uint32_t>(stream.samplerate);
   const std::uint32_t align = kBitsPerSample / 8 * channels;
   std::string bytes;
-  AppendNumber(bytes, kPcm, 2);
-  AppendNumber(bytes, channels, 2);
-  AppendNumber(bytes, rate, 4);
-  AppendNumber(bytes, rate * align, 4);
-  AppendNumber(bytes, align, 2);
-  AppendNumber(bytes, kBitsPerSample, 2);
+  platform::AppendLittleEndian(bytes, kPcm, 2);
+  platform::AppendLittleEndian(bytes, channels, 2);
+  platform::AppendLittleEndian(bytes, rate, 4);
+  platform::AppendLittleEndian(bytes, rate * align, 4);
+  platform::AppendLittleEndian(bytes, align, 2);
+  platform::AppendLittleEndian(bytes, kBitsPerSample, 2);
   return bytes;
 }
 

@@ -17,7 +17,6 @@ from collections.abc import Callable
 from pathlib import Path
 
 from demo_parts import sound, sound_server
-from demo_parts.carts import DemoWall
 from demo_parts.checks import (
     RunTimes,
     Totals,
@@ -28,40 +27,27 @@ from demo_parts.checks import (
     daily_tools_due,
 )
 from demo_parts.filed import everything_filed, filed_files
-from demo_parts.programs import Program, wait_until
+from demo_parts.programs import wait_until
 from demo_parts.recordings import check_recordings
-from demo_parts.screen import Screen, choose_screen, has_display
-from demo_parts.station import DISCARD_SIZE, DemoError, Feed, clear_folder, free_address, make_feeds, write_settings
-from demo_parts.status import PRINTING, StatusTerminal
-from demo_parts.wire import BounceReader, Wire
+from demo_parts.screen import choose_screen, has_display
+from demo_parts.station import DISCARD_SIZE, DemoError, Feed, clear_folder, make_feeds
+from demo_parts.station_run import START_SECONDS, StationRun
+from demo_parts.status import tell
+from demo_parts.wire import Wire, gap_over
 
 ROOT = Path(__file__).resolve().parent.parent
 # Of the whole length, what goes into starting, checking and ending.
 OVERHEAD_SECONDS = 5
-START_SECONDS = 30
 # How long after its time the copy may still be on its way before the demo gives up.
 GRACE_SECONDS = 30
 # A picture taken with so many stories filed on each feed shows the copy coming in.
 STORIES_FOR_PICTURE = 10
 
 
-def tell(text: str) -> None:
-    with PRINTING:
-        print(text, flush=True)
-
-
-class Demo:
+class Demo(StationRun):
     def __init__(self, options: argparse.Namespace) -> None:
+        super().__init__(options.folder, make_feeds(options.folder, ROOT / "tests" / "data" / "wire"), options.server)
         self.options = options
-        self.folder: Path = options.folder
-        self.feeds = make_feeds(self.folder, ROOT / "tests" / "data" / "wire")
-        self.wires: list[Wire] = []
-        self.bounces: dict[int, BounceReader] = {}
-        self.terminals: dict[int, StatusTerminal] = {}
-        self.screen: Screen | None = None
-        self.server: Program | None = None
-        self.sound_server: sound_server.SoundServer | None = None
-        self.faults: list[str] = []
 
     def run(self) -> int:
         try:
@@ -76,44 +62,22 @@ class Demo:
 
     def set_up(self) -> None:
         clear_folder(self.folder, self.options.keep)
-        address = free_address(self.feeds)
-        self.wall = DemoWall(self.folder, self.feeds)
-        self.items = {feed.number: sound.make_items(self.folder, feed) for feed in self.feeds}
-        self.home = write_settings(self.folder, self.feeds, address, self.wall.locations, self.make_inputs())
-        for feed in self.feeds:
-            if feed.bounced:
-                self.bounces[feed.number] = BounceReader(feed.bounce_link)
-                self.bounces[feed.number].start()
-            drop = self.options.drop if feed.number == 1 else 0
-            seconds = self.options.seconds - OVERHEAD_SECONDS
-            self.wires.append(Wire(self.options.build / "bin" / "vdwire", feed, seconds, drop))
-            self.terminals[feed.number] = StatusTerminal(feed, address)
+        self.items = {feed.number: sound.make_items(self.folder, feed, sound.ITEMS[feed.number]) for feed in self.feeds}
+        self.set_up_station(self.make_inputs(), self.make_wire, lambda feed, line: tell(f"{feed.number} | {line}"))
         self.screen = choose_screen(self.folder, self.options.pictures)
+
+    def make_wire(self, feed: Feed) -> Wire:
+        drop = self.options.drop if feed.number == 1 else 0
+        return Wire(self.options.build / "bin" / "vdwire", feed, gap_over(feed, self.options.seconds - OVERHEAD_SECONDS), drop)
 
     def make_inputs(self) -> dict[int, str]:
         """The device of each sound card's number: a sink of the demo's sound server, or a file that plays."""
         if self.options.sound == "server":
-            self.sound_server = sound_server.SoundServer(self.folder, self.feeds)
-            return {feed.sound_card: sound_server.device_of(feed) for feed in self.feeds}
+            return self.start_sound()
         programmes = {feed.number: self.folder / "items" / f"programme{feed.number}.wav" for feed in self.feeds}
         for number, programme in programmes.items():
             sound.write_programme(programme, self.items[number])
         return {feed.sound_card: f"file:{programmes[feed.number]}" for feed in self.feeds}
-
-    def start_server(self) -> None:
-        self.started = datetime.datetime.now()
-        environment = self.screen.environment() | {"VORDA_HOME": str(self.home)}
-        if self.sound_server is not None:
-            environment |= self.sound_server.environment()
-        self.server = Program([str(self.options.server)], self.folder / "server.log", environment)
-        for terminal in self.terminals.values():
-            if not wait_until(lambda: not self.server.runs() or terminal.connect(), START_SECONDS):
-                raise DemoError(f"the server does not listen on its status ports: see {self.server.log}")
-            if not wait_until(lambda: not self.server.runs() or terminal.greeted(), START_SECONDS):
-                raise DemoError("the status port takes a client but sends no status")
-        if not self.server.runs():
-            raise DemoError(f"the server ended at its start: see {self.server.log}")
-        self.ready = datetime.datetime.now()
 
     def play(self) -> None:
         tell(f"The server runs. Wire copy comes for about {self.options.seconds} s; here are its status lines.")
@@ -139,9 +103,6 @@ class Demo:
         """Waits, but not for a server or a line that has ended."""
         if not wait_until(lambda: condition() or not self.still_playing(), seconds):
             tell(f"Time is up: {what} did not come.")
-
-    def still_playing(self) -> bool:
-        return self.server.runs() and all(wire.program.runs() for wire in self.wires)
 
     def well_under_way(self) -> bool:
         return all(len(filed_files(feed)) >= STORIES_FOR_PICTURE for feed in self.feeds)
@@ -181,11 +142,8 @@ class Demo:
             tell("Close the window to end the demo.")
             self.server.process.wait()
         asked = self.server.runs()
-        code = self.server.end()
-        if code != 0:
-            ended = "did not end when asked to" if code is None else f"ended with exit code {code}"
-            self.faults.append(f"the server {ended}: see {self.server.log}")
-        elif not asked and not has_display():
+        self.end_server()
+        if not asked and not has_display() and self.server.process.returncode == 0:
             self.faults.append(f"the server ended by itself: see {self.server.log}")
 
     def verdict_so_far(self) -> None:
@@ -193,18 +151,6 @@ class Demo:
         for feed in self.feeds:
             check_stories(feed, totals)
         tell(f"So far: {totals.sent} stories sent, {totals.missing} missing, {totals.unexpected} unexpected.")
-
-    def end_everything(self) -> None:
-        if self.server is not None and self.server.runs():
-            self.server.end()
-        for wire in self.wires:
-            wire.program.end()
-        for bounce in self.bounces.values():
-            bounce.end()
-        if self.sound_server is not None:
-            self.sound_server.end()
-        if self.screen is not None:
-            self.screen.end()
 
     def report(self) -> int:
         totals = Totals()

@@ -47,6 +47,8 @@ class Program:
                     stderr=subprocess.STDOUT,
                     env=environment or dict(os.environ),
                     preexec_fn=_end_with_demo,
+                    # Ctrl+C is for the demo, which ends its programs in their order.
+                    process_group=0,
                     **options,
                 )
             except OSError as error:

@@ -28,9 +28,19 @@ class Piece:
     silence: float
 
 
+@dataclass(frozen=True)
+class Timing:
+    """When a recording began and ended, in seconds behind the item's first and last loud sample."""
+
+    begin: float
+    end: float
+
+
 def piece_of(item: bytes, recorded: bytes) -> Piece | None:
     """None when the recorded samples are not one unbroken piece of the item with silence behind it."""
     sound = recorded.rstrip(b"\0")
+    if not sound:
+        return None
     sound += bytes(len(sound) % 2)
     # The item's own end may be silent; it is part of the piece all the same.
     at = item.find(sound[: 2 * AUDIO_RATE])
@@ -60,37 +70,51 @@ def check_recordings(feed: Feed, items: list[Path], wall: Path) -> list[str]:
     faults = []
     for number, item in enumerate(items):
         cart = feed.index_cart + 1 + number
-        faults += [f"feed {feed.number}, cart {cart}: {fault}" for fault in _check_cart(cart, item, wall)]
-    faults += [f"feed {feed.number}: {fault}" for fault in _check_feed(feed, len(items), wall)]
+        faults += [f"feed {feed.number}, cart {cart}: {fault}" for fault in check_cart(cart, item, wall)]
+    faults += [f"feed {feed.number}: {fault}" for fault in check_keys(feed, feed.index_cart + len(items), wall)]
     return faults
 
 
-def _check_cart(cart: int, item: Path, wall: Path) -> list[str]:
-    path = wall / f"ORV{cart:05}.WAV"
+def audio_file(cart: int, wall: Path) -> Path:
+    return wall / f"ORV{cart:05}.WAV"
+
+
+def check_cart(cart: int, item: Path, wall: Path, latest: float = SLACK_SECONDS) -> list[str]:
+    """`latest`: how many seconds late a recording may begin and end."""
+    path = audio_file(cart, wall)
     if not path.exists():
         return ["its item was not recorded"]
     audio = path.read_bytes()
+    if len(audio) < HEADER.size:
+        return ["it has no header"]
     wanted = (b"RIFF", len(audio) - 8, b"WAVE", b"fmt ", 16, 1, 1, AUDIO_RATE, 2 * AUDIO_RATE, 2, 16, b"data", len(audio) - HEADER.size)
     if HEADER.unpack_from(audio) != wanted:
         return ["the header is wrong"]
-    return _check_sound(samples_of(item), audio[HEADER.size :]) + _check_record(cart, len(audio) - HEADER.size, wall)
+    return _check_sound(samples_of(item), audio[HEADER.size :], latest) + _check_record(cart, len(audio) - HEADER.size, wall)
 
 
-def _check_sound(said: bytes, recorded: bytes) -> list[str]:
+def timing_of(said: bytes, recorded: bytes) -> Timing | None:
     piece = piece_of(said, recorded)
-    if piece is None:
+    return piece and Timing(piece.begin - loud_from(said), piece.silence + loud_until(said))
+
+
+def timing_in(cart: int, item: Path, wall: Path) -> Timing | None:
+    return timing_of(samples_of(item), audio_file(cart, wall).read_bytes()[HEADER.size :])
+
+
+def _check_sound(said: bytes, recorded: bytes, latest: float) -> list[str]:
+    timing = timing_of(said, recorded)
+    if timing is None:
         return ["what was recorded is no unbroken piece of what was said"]
     faults = []
-    begin = piece.begin - loud_from(said)
-    if not AUDIO_START_SECONDS - SLACK_SECONDS <= begin <= AUDIO_START_SECONDS + SLACK_SECONDS:
-        faults.append(f"begins {begin:.2f} s behind the first sound, not {AUDIO_START_SECONDS} s")
-    end = piece.silence + loud_until(said)
-    if not AUDIO_END_SECONDS - SLACK_SECONDS <= end <= AUDIO_END_SECONDS + SLACK_SECONDS:
-        faults.append(f"ends {end:.2f} s behind the last sound, not {AUDIO_END_SECONDS} s")
+    if not AUDIO_START_SECONDS - SLACK_SECONDS <= timing.begin <= AUDIO_START_SECONDS + latest:
+        faults.append(f"begins {timing.begin:.2f} s behind the first sound, not {AUDIO_START_SECONDS} s")
+    if not AUDIO_END_SECONDS - SLACK_SECONDS <= timing.end <= AUDIO_END_SECONDS + latest:
+        faults.append(f"ends {timing.end:.2f} s behind the last sound, not {AUDIO_END_SECONDS} s")
     return faults
 
 
-def _record(cart: int, wall: Path) -> bytes:
+def record_of(cart: int, wall: Path) -> bytes:
     part = part_of(cart)
     at = (cart - 1000 * (part - 1) - 1) * RECORD_SIZE
     return (wall / f"Carts{part}.lst").read_bytes()[at : at + RECORD_SIZE]
@@ -101,7 +125,7 @@ def _title(record: bytes) -> str:
 
 
 def _check_record(cart: int, audio_bytes: int, wall: Path) -> list[str]:
-    record = _record(cart, wall)
+    record = record_of(cart, wall)
     seconds = struct.unpack("<f", struct.pack("<f", audio_bytes // 2 * 1000 // AUDIO_RATE / 1000))[0]
     fields = LAYOUT.unpack(record)
     faults = [] if TITLE.fullmatch(_title(record)) else [f"the title is {_title(record)!r}"]
@@ -113,13 +137,13 @@ def _check_record(cart: int, audio_bytes: int, wall: Path) -> list[str]:
     return faults
 
 
-def _check_feed(feed: Feed, items: int, wall: Path) -> list[str]:
-    last = feed.index_cart + items
+def check_keys(feed: Feed, last: int, wall: Path) -> list[str]:
+    """What the feed's configuration and its index cart say when `last` was the last recording."""
     text = (feed.news / "vorda.ini").read_text(encoding="cp1252")
     faults = []
     for key, value in (("LastRecordedCartNumber", last), ("CurrentlyRecordingCartNumber", 0)):
         if not re.search(rf"^{key}={value}\s*$", text, re.MULTILINE):
             faults.append(f"the configuration does not say {key}={value}")
-    if _title(_record(feed.index_cart, wall)).rstrip() != f"Last recorded cart was : {last}":
+    if _title(record_of(feed.index_cart, wall)).rstrip() != f"Last recorded cart was : {last}":
         faults.append("the index cart does not name the last recording")
     return faults

@@ -53,6 +53,14 @@ class Screen:
         return picture if saved and picture.exists() else None
 
 
+class NoDisplay(Screen):
+    """The server finds no display, as on a machine without a desktop: it answers its boxes and tells them in its log."""
+
+    def environment(self) -> dict[str, str]:
+        unwanted = ("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM")
+        return {name: value for name, value in os.environ.items() if name not in unwanted}
+
+
 class UserScreen(Screen):
     """The user's display. Pictures show the server's window alone, not what else is on the screen."""
 

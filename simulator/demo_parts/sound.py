@@ -5,7 +5,7 @@ from __future__ import annotations
 import threading
 import time
 import wave
-from collections.abc import Callable
+from collections.abc import Callable, Sequence
 from pathlib import Path
 
 from cart_audio import can_speak, write_speech, write_tone
@@ -36,12 +36,17 @@ ITEMS = {
 TONE_SECONDS = 4.0
 
 
-def make_items(folder: Path, feed: Feed) -> list[Path]:
+def output_of(feed: Feed) -> str:
+    """The sound server's output that the feed hears."""
+    return f"wire{feed.number}"
+
+
+def make_items(folder: Path, feed: Feed, texts: Sequence[str]) -> list[Path]:
     """A sound file for each item: spoken, or a tone where nothing can speak."""
     place = folder / "items"
     place.mkdir(exist_ok=True)
     items = []
-    for number, text in enumerate(ITEMS[feed.number], 1):
+    for number, text in enumerate(texts, 1):
         items.append(place / f"feed{feed.number}-{number}.wav")
         if can_speak():
             write_speech(items[-1], text)
@@ -81,7 +86,7 @@ class Announcer(threading.Thread):
 
     def run(self) -> None:
         for number, item in enumerate(self._items, 1):
-            self._server.play(self._feed, item)
+            self._server.play(output_of(self._feed), item)
             if not wait_until(lambda: recordings(self._terminal) >= number, ITEM_SECONDS):
                 return
             time.sleep(PAUSE_SECONDS)

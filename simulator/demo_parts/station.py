@@ -40,6 +40,9 @@ class Feed:
     copy: Path
     bounced: bool
     day: datetime.date  # of the start; it stays, also over midnight
+    carts: int = 99  # in its range
+    clear_carts: int = 10  # ahead of a recording
+    wired: bool = True  # has a line; the ports behind the lines are those that the lines are passed on to
 
     @property
     def news(self) -> Path:
@@ -69,6 +72,14 @@ class Feed:
     def index_cart(self) -> int:
         """The cart ahead of those that it records into; the demo's wall leaves a hundred to each feed."""
         return FEED_CARTS + 100 * self.number
+
+    @property
+    def start_cart(self) -> int:
+        return self.index_cart + 1
+
+    @property
+    def end_cart(self) -> int:
+        return self.index_cart + self.carts
 
     @property
     def status_port(self) -> int:
@@ -131,12 +142,13 @@ def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str
     home = folder / "home"
     for directory in (home, folder / "lines", folder / "pictures"):
         directory.mkdir()
-    ports = {f"Com{feed.number}": feed.link for feed in feeds}
-    ports |= {f"Com{len(feeds) + feed.number}": feed.bounce_link for feed in feeds}
+    lines = sum(feed.wired for feed in feeds)
+    ports = {f"Com{feed.number}": feed.link for feed in feeds if feed.wired}
+    ports |= {f"Com{lines + feed.number}": feed.bounce_link for feed in feeds if feed.bounced}
     # A drive letter, as stations write their paths: what the windows show is the same wherever the demo runs.
     settings = {"SerialPorts": ports, "Drives": {NEWS_DRIVE: folder}, "StatusPort": {"Address": address}}
     _write_ini(home / "platform.ini", settings | {"WaveIn": inputs})
-    server: dict[str, dict[str, object]] = {f"WireFeed{feed.number}": _server_keys(feed, len(feeds)) for feed in feeds}
+    server: dict[str, dict[str, object]] = {f"WireFeed{feed.number}": _server_keys(feed, lines) for feed in feeds}
     _write_ini(home / "vdServer.INI", server | {"FileLocations": wall, "Audio": {"AllowAudioFileLinking": 1}})
     for feed in feeds:
         feed.news.mkdir()
@@ -145,12 +157,12 @@ def write_settings(folder: Path, feeds: list[Feed], address: str, wall: dict[str
     return home
 
 
-def _server_keys(feed: Feed, feeds: int) -> dict[str, object]:
+def _server_keys(feed: Feed, lines: int) -> dict[str, object]:
     return {
         "NewsPath": f"{NEWS_DRIVE}:\\{feed.news.name}",
         "ConfigFile": "vorda.ini",
-        "CapturePort": feed.number,
-        "BouncePort": feeds + feed.number if feed.bounced else 0,
+        "CapturePort": feed.number if feed.wired else 0,
+        "BouncePort": lines + feed.number if feed.bounced else 0,
         "SoundCard": feed.sound_card,
     }
 
@@ -163,8 +175,9 @@ def _feed_sections(feed: Feed) -> dict[str, dict[str, object]]:
         "TextData": {"Settings": f"{BAUD},n,8,1", "HandShaking": 0, "DiscardFileSize": DISCARD_SIZE},
         "AudioCapture": {
             "IndexCartNumber": feed.index_cart,
-            "StartCartNumber": feed.index_cart + 1,
-            "EndCartNumber": feed.index_cart + 99,
+            "StartCartNumber": feed.start_cart,
+            "EndCartNumber": feed.end_cart,
+            "ClearCartCount": feed.clear_carts,
             "AudioActivationLevel": AUDIO_LEVEL,
             "AudioStartDuration": AUDIO_START_SECONDS,
             "AudioEndDuration": AUDIO_END_SECONDS,

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import os
 import select
+import signal
 import subprocess
 import threading
 import tty
@@ -16,12 +17,13 @@ BYTES_PER_SECOND = BAUD / 10
 
 
 class Wire:
-    """A simulator that waits with its first byte until `begin`."""
+    """A simulator that waits with its first byte until `begin`. `gap` is the silence ahead of each story in milliseconds; 0 rounds
+    are played until it ends."""
 
-    def __init__(self, program: Path, feed: Feed, seconds: float, drop: int) -> None:
+    def __init__(self, program: Path, feed: Feed, gap: int, drop: int = 0, rounds: int = 1) -> None:
         self.feed = feed
         command = [str(program), "--pty", str(feed.link), "--framing", feed.framing, "--settings", f"{BAUD},n,8,1"]
-        command += ["--noise", "--seed", str(feed.number), "--gap", str(_gap_milliseconds(feed, seconds))]
+        command += ["--noise", "--seed", str(feed.number), "--gap", str(gap), "--loop", str(rounds)]
         command += ["--sent", str(feed.sent), "--plan", str(feed.plan), "--on-enter", "--stay", "--verbose"]
         command += ["--drop", str(drop)] if drop else []
         log = feed.folder / f"wire{feed.number}.log"
@@ -39,12 +41,22 @@ class Wire:
     def has_sent_all(self) -> bool:
         return "bytes a second" in self.program.said()
 
+    def hold(self) -> None:
+        """Not a byte more goes, and the line stays: what has gone can still be read."""
+        self.program.process.send_signal(signal.SIGSTOP)
+
+    def end(self) -> None:
+        if self.program.runs():
+            self.program.process.send_signal(signal.SIGTERM)
+            self.program.process.send_signal(signal.SIGCONT)
+        self.program.end()
+
     def summary(self) -> str:
         return next(reversed(self.program.said().strip().splitlines()), "nothing")
 
 
-def _gap_milliseconds(feed: Feed, seconds: float) -> int:
-    """The silence ahead of each story that spreads the copy over so many seconds."""
+def gap_over(feed: Feed, seconds: float) -> int:
+    """The gap that spreads the copy over so many seconds."""
     sizes = [file.stat().st_size for file in feed.copy.iterdir()]
     spare = seconds - sum(sizes) / BYTES_PER_SECOND
     return max(0, int(1000 * spare / (len(sizes) - 1)))

@@ -33,10 +33,10 @@ void WatchInputs();
 
 class WaveInStream : public StreamControl {
  public:
-  ~WaveInStream() override { StopStream(); }
+  ~WaveInStream() override { End(); }
 
   void StartStream() override {
-    StopStream();
+    End();
     const SampleFormat format{numberchannels, samplerate};
     if (wavedevicenumber < 1 || format.rate < 1) return;
     if (format.channels < 1 || format.channels > kMostChannels) return;
@@ -45,12 +45,7 @@ class WaveInStream : public StreamControl {
     Begin();
   }
 
-  void StopStream() override {
-    started_ = false;
-    WaitingStreams().erase(this);
-    source_.reset();
-    intake_.reset();
-  }
+  void StopStream() override { End(); }
 
   void EndOfCut() override { HandOver(); }
 
@@ -78,6 +73,13 @@ class WaveInStream : public StreamControl {
   }
 
  private:
+  void End() {
+    started_ = false;
+    WaitingStreams().erase(this);
+    source_.reset();
+    intake_.reset();
+  }
+
   void HandOverSoon() {
     QMetaObject::invokeMethod(
         &receiver_, [this] { HandOver(); }, Qt::QueuedConnection);

@@ -16,10 +16,11 @@ import sys
 import tempfile
 from pathlib import Path
 
+from rows import audio, audio_gate, audio_loss, audio_use
 from rows import display, end_code, filter_and_cut, full_speed, idle, start, steady_pace, wall
 from rows.row import Bench, MeasureError, Row
 
-MODULES = (filter_and_cut, end_code, full_speed, steady_pace, display, idle, start, wall)
+MODULES = (filter_and_cut, end_code, full_speed, steady_pace, display, idle, start, wall, audio, audio_use, audio_gate, audio_loss)
 HEADINGS = ["row", "figure", "baseline", "compared", "reach", ""]
 
 
@@ -80,7 +81,7 @@ def main() -> int:
     parser.add_argument("--build", type=Path, required=True, help="the folder of a release build")
     parser.add_argument("--json", type=Path, help="write all figures and samples to this file")
     parser.add_argument("--quick", action="store_true", help="few repetitions: shows that all runs; not for quoting")
-    parser.add_argument("--long", action="store_true", help="idle for ten minutes instead of one")
+    parser.add_argument("--long", action="store_true", help="idle for ten minutes, record for ten and for thirty")
     parser.add_argument("--folder", type=Path, help="where the files of a run lie; otherwise stories in memory, the rest in /tmp")
     options = parser.parse_args()
     if options.folder:

@@ -13,27 +13,43 @@ import tempfile
 import termios
 import time
 import tty
+from collections.abc import Mapping
+from dataclasses import dataclass, field
 from pathlib import Path
 
 from .row import MeasureError
 
 sys.path.append(str(Path(__file__).resolve().parents[2] / "simulator"))
-from wall import make_empty_wall  # noqa: E402  (found by the line above)
+import process_usage  # noqa: E402  (found by the line above)
+from wall import make_empty_wall  # noqa: E402
 
 STATUS_PORT = 6960
+AUDIO_RATE = 44100
 START_CODE = b"\x01"
 END_CODE = b"\x03"
 START_SECONDS = 30
 SCREEN = {"screens": [{"name": "screen", "x": 0, "y": 0, "width": 1920, "height": 1080}]}
 
 
+@dataclass(frozen=True)
+class Audio:
+    """What the feeds of a station hear. Feed n has sound card n; carts from 9000 + 100 n on are its own."""
+
+    inputs: Mapping[int, str]  # the device of each sound card
+    keys: Mapping[str, object]  # of section AudioCapture
+    environment: Mapping[str, str] = field(default_factory=dict)
+    wall: Mapping[str, Path] | None = None  # where the wall's parts lie; none: an empty one in the station's folder
+
+
 class Station:
     """The settings of a server with so many feeds, in `folder` or where temporary files lie. A context: the folder and the lines
     go with it."""
 
-    def __init__(self, feeds: int, tools: Path, folder: Path | None = None) -> None:
+    def __init__(self, feeds: int, tools: Path, folder: Path | None = None, audio: Audio | None = None) -> None:
         self.folder = Path(tempfile.mkdtemp(prefix="vorda-bench-", dir=folder))
-        self.address = _free_address()
+        self._audio = audio
+        self.port = STATUS_PORT + (1 if audio else 0)  # that of feed 1
+        self.address = _free_address(self.port)
         self.lines = [Line() for _ in range(feeds)]
         self.stamps = StampSocket(self.folder / "stamps")
         self.names = NamePipe(self.folder / "names")
@@ -41,12 +57,13 @@ class Station:
         self.configurations = [self._write_feed(number) for number in range(1, feeds + 1)]
         ports = {f"Com{number}": line.device for number, line in enumerate(self.lines, 1)}
         sections = {"SerialPorts": ports, "StatusPort": {"Address": self.address}, "Program": {"Directory": tools}}
-        _write_ini(self.folder / "platform.ini", sections)
+        _write_ini(self.folder / "platform.ini", sections | ({"WaveIn": audio.inputs} if audio else {}))
         server: dict[str, dict[str, object]] = {
-            f"WireFeed{number}": {"NewsPath": configuration.parent, "CapturePort": number}
+            f"WireFeed{number}": {"NewsPath": configuration.parent, "CapturePort": number, "SoundCard": number if audio else 0}
             for number, configuration in enumerate(self.configurations, 1)
         }
-        _write_ini(self.folder / "vdServer.INI", server | {"FileLocations": make_empty_wall(self.folder / "wall")})
+        wall = audio.wall if audio and audio.wall else make_empty_wall(self.folder / "wall")
+        _write_ini(self.folder / "vdServer.INI", server | {"FileLocations": wall})
 
     def __enter__(self) -> Station:
         return self
@@ -66,6 +83,10 @@ class Station:
             "TextData": {"Settings": "115200,n,8,1", "HandShaking": 0},
             "StoryDelimiters": {"StartChar": START_CODE[0], "EndChar": END_CODE[0]},
         }
+        if self._audio:
+            carts = {"IndexCartNumber": index_cart(number), "StartCartNumber": first_cart(number)}
+            sections["AudioCapture"] = carts | {"EndCartNumber": first_cart(number) + 19} | self._audio.keys
+            sections["RecordAudioFormat"] = {"Format": 1, "Channels": 1, "SampleRate": AUDIO_RATE}
         _write_ini(news / "vorda.ini", sections)
         return news / "vorda.ini"
 
@@ -79,22 +100,23 @@ class Station:
             "VORDA_BENCH_PIPE": self.names.path,
             "VORDA_BENCH_TICKS": self.ticks,
         }
+        inherited |= self._audio.environment if self._audio else {}
         return inherited | {name: str(value) for name, value in ours.items()}
 
-    def start_server(self, server: Path, screen: Path | None = None) -> Program:
+    def start_server(self, server: Path, *words: object, screen: Path | None = None) -> Program:
         """The server, up and listening."""
         environment = self.environment()
         if screen:
             environment["QT_QPA_PLATFORM"] = f"offscreen:configfile={screen}"
-        program = Program([server], environment)
-        program.wait_for_port(self.address, STATUS_PORT)
+        program = Program([server, *words], environment)
+        program.wait_for_port(self.address, self.port)
         return program
 
-    def start_on_screen(self, server: Path) -> Program:
+    def start_on_screen(self, server: Path, *words: object) -> Program:
         """The server on a screen on which its windows find room."""
         screen = self.folder / "screen.json"
         screen.write_text(json.dumps(SCREEN))
-        return self.start_server(server, screen)
+        return self.start_server(server, *words, screen=screen)
 
 
 class Line:
@@ -158,7 +180,7 @@ class NamePipe:
 class Program:
     """A started program; a context that ends it."""
 
-    def __init__(self, command: list[Path | str], environment: dict[str, str]) -> None:
+    def __init__(self, command: list[object], environment: dict[str, str]) -> None:
         words = [str(word) for word in command]
         quiet = [(os.POSIX_SPAWN_OPEN, number, os.devnull, os.O_RDWR, 0) for number in (0, 1, 2)]
         self.name = Path(words[0]).name
@@ -199,7 +221,7 @@ class Program:
 
     def resident(self) -> int:
         """Resident bytes."""
-        return int(Path(f"/proc/{self.process}/statm").read_text().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+        return process_usage.resident(self.process)
 
     def proportional(self) -> int:
         """Resident bytes, with what is shared divided among those who share it."""
@@ -207,22 +229,29 @@ class Program:
 
     def processor_seconds(self) -> float:
         """What it has used of the processors, without the programs it has started."""
-        # The number of a process's clock, as the C library works it out.
-        return time.clock_gettime((~self.process << 3) | 2)
+        return process_usage.processor_seconds(self.process)
 
 
 def _field(file: Path, name: str) -> int:
     return next(int(line.split()[1]) for line in file.read_text().splitlines() if line.startswith(name))
 
 
-def _free_address() -> str:
+def index_cart(feed: int) -> int:
+    return 9000 + 100 * feed
+
+
+def first_cart(feed: int) -> int:
+    return index_cart(feed) + 1
+
+
+def _free_address(port: int) -> str:
     """A loopback address whose status port nobody has: another server may run on this machine."""
     for offset in range(254):
         address = f"127.0.1.{1 + (os.getpid() + offset) % 254}"
         with socket.socket() as probe:
             probe.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
             try:
-                probe.bind((address, STATUS_PORT))
+                probe.bind((address, port))
                 return address
             except OSError:
                 continue

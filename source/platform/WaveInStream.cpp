@@ -1,6 +1,5 @@
 // The streaming control on the station's inputs.
 
-#include <QCoreApplication>
 #include <QMetaObject>
 #include <QObject>
 #include <QPointer>

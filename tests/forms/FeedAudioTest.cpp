@@ -246,6 +246,28 @@ TEST_F(FeedAudio, LongestCutEndsARecordingAndTheNextCartGoesOn) {
   EXPECT_EQ(Title(9001), "Recorded by Vorda Server 21/11/2026 12:00");
 }
 
+TEST_F(FeedAudio, LongestCutOfZeroEndsEachOnTheMonitorsNextTick) {
+  frmWireFeed& form = StartFeed("MaxCutLength=0\r\n");
+  Record5SecondsOfSound(0);
+  EXPECT_EQ(Caption(form, "pnlCartNo"), "9001");
+  now_.seconds += 0.5;
+  EXPECT_TRUE(WaitUntil([&] { return Caption(form, "pnlCartNo") == "9002"; }, kLimit));
+  now_.seconds += 0.5;
+  EXPECT_TRUE(WaitUntil([&] { return Caption(form, "pnlCartNo") == "9003"; }, kLimit));
+}
+
+TEST_F(FeedAudio, WithoutASoundCardNothingBeginsByItselfAndRecordMakesACartOfNoLength) {
+  frmWireFeed& form = StartFeed({}, 0);
+  Record5SecondsOfSound(0);
+  EXPECT_EQ(Caption(form, "pnlTimeIn"), "");
+  EXPECT_EQ(Caption(form, "pnlCartNo"), "");
+  Click(form, "cmdRecord");
+  EXPECT_EQ(Caption(form, "pnlCartNo"), "9001");
+  Click(form, "cmdEject");
+  EXPECT_EQ(Audio(9001).size(), 44u);
+  EXPECT_EQ(Info(9001).AudioLength, 0.0F);
+}
+
 TEST_F(FeedAudio, DiskThatFillsShortensTheCut) {
   frmWireFeed& form = StartFeed();
   const platform::ScopedHook<std::uint64_t(const std::string&)> room(

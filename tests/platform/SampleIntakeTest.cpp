@@ -80,7 +80,7 @@ TEST_F(SampleIntakeTest, RoomThatWasMadeIsUsedAgain) {
   EXPECT_EQ(FetchAll().size(), std::size_t{120} * kRate);
 }
 
-TEST_F(SampleIntakeTest, BoundIsASecondOfAllChannels) {
+TEST_F(SampleIntakeTest, BoundCountsAllChannels) {
   SampleIntake stereo({2, kRate}, [] {});
   stereo.Put(Samples(std::size_t{240} * kRate, 1));
   EXPECT_EQ(stereo.Dropped(), 0U);

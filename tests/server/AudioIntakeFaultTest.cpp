@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 
+#include "feed/CartRotation.h"
 #include "platform/OtherProcess.h"
 #include "support/AudioIntakeFixture.h"
 
@@ -241,6 +242,61 @@ TEST_F(BehindABoxTest, EndInTheMiddleOfClearingKeepsTheGateShut) {
   EXPECT_EQ(TakeSteps().back(), "grey");
   Play('a');
   EXPECT_EQ(Audio(5), ClosedWave(""));
+}
+
+// The start behind the box takes the feed's file away and then fails: nothing must be written into the first
+// one's cart by a gate that has no file.
+TEST_F(BehindABoxTest, StartThatFailsInTheMiddleOfClearingKeepsTheGateShut) {
+  StopAutoErase();
+  const ScopedFileFault fault(FileOperation::Open, EACCES, 1, 1, "ORV00020.WAV");
+  boxes_.Expect(test::ProblemText(kNoRecordFile, 53), platform::BoxAnswer::Ok,
+                [this] { EXPECT_EQ(intake_.StartRecording(20), 0); });
+  boxes_.Expect("Failed to open file.");
+  boxes_.Expect(test::kInvalidParameterText);
+  EXPECT_EQ(intake_.StartRecording(5), 0);
+  EXPECT_FALSE(intake_.Recording);
+  Play('a');
+  EXPECT_EQ(intake_.StartRecording(21), 0);
+  Play('b');
+  intake_.EndRecording();
+  EXPECT_EQ(Audio(21), ClosedWave(Block('b')));
+}
+
+TEST_F(BehindABoxTest, ClearingStopsWhereARecordingHasBegunBehindItsBox) {
+  StopAutoErase();
+  boxes_.Expect(test::ProblemText(kNoRecordFile, 53), platform::BoxAnswer::Ok, [this] {
+    EXPECT_EQ(intake_.StartRecording(7), 0);
+    Play('a');
+  });
+  EXPECT_EQ(intake_.StartRecording(5), 0);
+  Play('b');
+  intake_.EndRecording();
+  EXPECT_EQ(Audio(7), ClosedWave(Block('a') + Block('b')));
+}
+
+TEST_F(BehindABoxTest, CartThatIsBeingDeletedIsNotTaken) {
+  StopAutoErase();
+  SetRecordBytes(5, test::FullCartRecord("Old", 30));
+  feed_.LastRecordedCartNumber = 4;
+  boxes_.Expect(test::ProblemText("removing the information file for cart 5", 53), platform::BoxAnswer::Ok,
+                [this] { EXPECT_EQ(GetNextRecordCartNumber(feed_), 7); });
+  AutoErase(feed_, 5, 1);
+  EXPECT_EQ(GetNextRecordCartNumber(feed_), 5);
+}
+
+// The number is the same, and the recording another one.
+TEST_F(BehindABoxTest, SameCartBegunAgainBehindACloseThatFailsIsLeftRunning) {
+  intake_.StartRecording(5);
+  const ScopedFileFault fault = FailWrite(1);
+  boxes_.Expect(test::kCannotWriteText, platform::BoxAnswer::Ok,
+                [this] { EXPECT_EQ(intake_.StartRecording(5), 0); });
+  intake_.EndRecording();
+  EXPECT_TRUE(intake_.Recording);
+  EXPECT_EQ(intake_.CurrentRecordCart, 5);
+  Play('b');
+  intake_.EndRecording();
+  EXPECT_FALSE(intake_.Recording);
+  EXPECT_EQ(Audio(5), ClosedWave(Block('b')));
 }
 
 TEST_F(BehindABoxTest, EndWithinAnEndIsOneEnd) {

@@ -117,7 +117,7 @@ TEST_F(AutoEraseTest, CountOfNoneOrBelowClearsNothing) {
 }
 
 // Feeds start ahead of the wall.
-TEST_F(AutoEraseTest, WallThatIsNotConnectedLosesNothing) {
+TEST_F(AutoEraseTest, UnconnectedWallLosesNothingInMidRange) {
   SetRange(2001, 2010, 2003);
   for (std::int32_t cart = 2001; cart <= 2010; ++cart) GiveFile(cart, "WAV");
   Erase(2004, 10);

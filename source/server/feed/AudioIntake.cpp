@@ -1,6 +1,5 @@
 #include "feed/AudioIntake.h"
 
-#include <array>
 #include <utility>
 
 #include "carts/Orvane_Audio_Routines.h"
@@ -73,14 +72,17 @@ std::int32_t AudioIntake::StartRecording(std::int32_t cart) {
   if (!HasRoom(CartAudioFileName(cart), feed->RecordFormat.nAvgBytesPerSec)) return kDiskTooFull;
   // The caller can't tell a file that couldn't be opened from a success; the operator has been told.
   if (OpenAudioFile(cart) != 0) return 0;
+  const platform::MmioHandle handle = AudioFileHandle;
   host_.showCart(std::to_string(cart));
   SetCurrentlyRecordingCart(cart);
   feed->RecordStartStamp = NowStamp();
   feed->ThisItemMaxLength = feed->MaxCutLength;
   MarkCart(cart);
-  AutoErase(*feed, cart + 1, feed->ClearCartCount);
-  // Behind a box of that, the recording may have been ended: a gate without a file would stay open for ever.
-  if (CurrentRecordCart != cart) return 0;
+  // Behind a box of the clearing this recording may have been ended, or the next one begun: what that left is
+  // not this one's to open, and a gate without its file would stay open for ever.
+  const auto overtaken = [&] { return Recording || AudioFileHandle != handle || CurrentRecordCart != cart; };
+  AutoErase(*feed, cart + 1, feed->ClearCartCount, overtaken);
+  if (overtaken()) return 0;
   Recording = true;
   host_.showGate(true);
   return 0;
@@ -105,25 +107,27 @@ std::int32_t AudioIntake::EndRecording() {
   // Behind a box of that, a tick may have ended this recording, and even begun the next.
   if (CurrentRecordCart != cart) return 0;
   Recording = false;
-  const WireFeedRecord* const recorded = host_.feed();
-  const TimeStamp start = recorded != nullptr ? recorded->RecordStartStamp : TimeStamp();
+  // Of this moment: behind the boxes that follow the window may go, and the next recording begin.
+  WireFeedRecord* const feed = host_.feed();
+  const TimeStamp start = feed != nullptr ? feed->RecordStartStamp : TimeStamp();
   CloseAudioFile();
-  // Behind a box of that, the next recording may have begun.
   if (!Recording) host_.showCart("");
-  FileCart(cart, start);
-  if (CurrentRecordCart == cart) SetCurrentlyRecordingCart(0);
-  if (const WireFeedRecord* const feed = host_.feed()) UpdateIndexCart(*feed);
+  FileCart(feed, cart, start);
+  if (!Recording) {
+    CurrentRecordCart = 0;
+    if (feed != nullptr) WriteCurrentlyRecordingCart(*feed, 0);
+  }
+  if (feed != nullptr) UpdateIndexCart(*feed);
   WallChangedHook()();
   if (!Recording) host_.showGate(false);
   return 0;
 }
 
-void AudioIntake::FileCart(std::int32_t cart, const TimeStamp& start) {
+void AudioIntake::FileCart(WireFeedRecord* feed, std::int32_t cart, const TimeStamp& start) {
   CartInfo info = gBlankCartInfo;
   const float length = WaveLengthSeconds(CartAudioFileName(cart));
   info.CountdownMark = info.AudioLength = info.PlayEnd = info.PlayLength = length;
   info.MarkStart = info.MarkEnd = info.PlayStart = 0;
-  WireFeedRecord* const feed = host_.feed();
   if (feed == nullptr) return;
   SplitCartTitle("Recorded by Vorda Server " + platform::FormatShortDate(start.Day) + " " +
                      FormatSeconds(static_cast<double>(start.Seconds), kRunningTime).substr(0, kHourMinute),

@@ -54,7 +54,7 @@ class AudioIntake {
   std::int32_t WriteHeader(platform::MmioHandle handle, const platform::MMCKINFO& riff,
                            const std::string& path, const std::string& format);
   void MarkCart(std::int32_t cart);
-  void FileCart(std::int32_t cart, const TimeStamp& start);
+  void FileCart(WireFeedRecord* feed, std::int32_t cart, const TimeStamp& start);
 
   AudioIntakeHost host_;
   platform::MMCKINFO riffChunk_;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "carts/Orvane_Audio_Routines.h"
@@ -32,12 +33,27 @@ CartRange Ahead(const WireFeedRecord& feed) {
   return {feed.StartCartNumber, CartNumber{feed.LastRecordedCartNumber} - 1};
 }
 
+// The carts that are being deleted, which may wait behind a box: a recording that begins meanwhile must not
+// take one of them, or it would lose its file when the deleting goes on.
+std::set<std::int32_t>& CartsInHand() {
+  static std::set<std::int32_t> carts;
+  return carts;
+}
+
+std::int32_t DeleteInHand(std::int32_t cart) {
+  const bool first = CartsInHand().insert(cart).second;
+  const std::int32_t result = DeleteCart(cart, true, true);
+  if (first) CartsInHand().erase(cart);
+  return result;
+}
+
 // Numbers that are no carts can't be read, and so are never found empty.
 std::int32_t FirstEmpty(CartRange range) {
   const CartNumber last = std::min<CartNumber>(range.last, kLastCart);
   for (CartNumber cart = std::max<CartNumber>(range.first, 1); cart <= last; ++cart) {
     CartInfo info;
     const auto number = static_cast<std::int32_t>(cart);
+    if (CartsInHand().contains(number)) continue;
     if (ReadCartInfo(info, number) == 0 && IsEmptyCart(info)) return number;
   }
   return 0;
@@ -47,7 +63,8 @@ std::int32_t FirstEmpty(CartRange range) {
 std::optional<std::int32_t> FirstDeleted(CartRange range) {
   for (CartNumber cart = range.first; cart <= range.last; ++cart) {
     const auto number = static_cast<std::int32_t>(cart);
-    if (DeleteCart(number, true, true) == 0) return number;
+    if (CartsInHand().contains(number)) continue;
+    if (DeleteInHand(number) == 0) return number;
   }
   return std::nullopt;
 }
@@ -58,9 +75,10 @@ void WriteNumber(const WireFeedRecord& feed, const char* key, std::int32_t numbe
 
 // The carts up to the range's end. `seen` is the record that was read last: all zero, and so not an empty
 // cart's, when none was. Result: how many were done.
-std::int64_t EraseUpToEnd(const WireFeedRecord& feed, CartNumber first, std::int64_t count, CartInfo& seen) {
+std::int64_t EraseUpToEnd(const WireFeedRecord& feed, CartNumber first, std::int64_t count, CartInfo& seen,
+                          const std::function<bool()>& overtaken) {
   std::int64_t done = 0;
-  for (CartNumber cart = first; done < count && cart < feed.EndCartNumber; ++cart) {
+  for (CartNumber cart = first; done < count && cart < feed.EndCartNumber && !overtaken(); ++cart) {
     if (cart < 1 || cart > kLastCart) {
       // No such cart, nor any up to the next border: what a failed read leaves is an empty cart's record.
       seen = gBlankCartInfo;
@@ -70,18 +88,20 @@ std::int64_t EraseUpToEnd(const WireFeedRecord& feed, CartNumber first, std::int
     }
     const auto number = static_cast<std::int32_t>(cart);
     if (ReadCartInfo(seen, number) != 0) continue;
-    if (!IsEmptyCart(seen)) DeleteCart(number, true, true);
+    if (!IsEmptyCart(seen)) DeleteInHand(number);
     ++done;
   }
   return done;
 }
 
-void EraseFromStart(const WireFeedRecord& feed, CartNumber first, std::int64_t count, const CartInfo& seen) {
+void EraseFromStart(const WireFeedRecord& feed, CartNumber first, std::int64_t count, const CartInfo& seen,
+                    const std::function<bool()>& overtaken) {
   const CartNumber begin = feed.StartCartNumber;
   const CartNumber end = std::min(first - 1, begin + count);
   if (IsEmptyCart(seen)) return;
-  for (CartNumber cart = std::max<CartNumber>(begin, 1); cart < end && cart <= kLastCart; ++cart)
-    DeleteCart(static_cast<std::int32_t>(cart), true, true);
+  const CartNumber last = std::min<CartNumber>(end - 1, kLastCart);
+  for (CartNumber cart = std::max<CartNumber>(begin, 1); cart <= last && !overtaken(); ++cart)
+    DeleteInHand(static_cast<std::int32_t>(cart));
 }
 
 }  // namespace
@@ -95,10 +115,11 @@ std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed) {
   return FirstDeleted(Ahead(feed)).value_or(0);
 }
 
-void AutoErase(const WireFeedRecord& feed, std::int64_t first, std::int32_t count) {
+void AutoErase(const WireFeedRecord& feed, std::int64_t first, std::int32_t count,
+               const std::function<bool()>& overtaken) {
   CartInfo seen;
-  const std::int64_t done = EraseUpToEnd(feed, first, count, seen);
-  if (done < count) EraseFromStart(feed, first, count - done, seen);
+  const std::int64_t done = EraseUpToEnd(feed, first, count, seen, overtaken);
+  if (done < count) EraseFromStart(feed, first, count - done, seen, overtaken);
 }
 
 void UpdateLastRecordedCart(WireFeedRecord& feed, std::int32_t cart) {

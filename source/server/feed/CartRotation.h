@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "config/Vorda_Common_API.h"
 
@@ -19,7 +20,11 @@ std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed);
 
 // Empties `count` carts from `first` on, up to but not including the range's last one, and then from the
 // range's first one on. The wrapped carts all share the fate of the one that was looked at last.
-void AutoErase(const WireFeedRecord& feed, std::int64_t first, std::int32_t count);
+// Deleting a cart may wait behind a box; where `overtaken` is true afterwards the rest is left: a recording
+// has begun meanwhile, and cleared for itself.
+void AutoErase(
+    const WireFeedRecord& feed, std::int64_t first, std::int32_t count,
+    const std::function<bool()>& overtaken = [] { return false; });
 
 // Keeps the number of the last recording, and writes it.
 void UpdateLastRecordedCart(WireFeedRecord& feed, std::int32_t cart);

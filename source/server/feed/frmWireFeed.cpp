@@ -189,6 +189,8 @@ void frmWireFeed::OnResize() {
 
 // An open story stays open: its file and its number stay in the record, and nothing hands it on.
 void frmWireFeed::OnUnload() {
+  // A tick behind a box of the end must not begin the next recording.
+  devices_.tmrAudioLevel->SetEnabled(false);
   if (audio_.Recording) EndRecording();
   devices_.axTidewire1->StopStream();
   devices_.winSockAudio->Close();

@@ -3,7 +3,6 @@
 
 #include <QPushButton>
 
-#include <algorithm>
 #include <limits>
 #include <string>
 
@@ -68,8 +67,10 @@ void frmWireFeed::StartAudio(const WireFeedRecord& feed) {
   stream.wavedevicenumber = feed.SoundCard;
   if (stream.wavedevicenumber >= 1) stream.StartStream();
   devices_.winSockAudio->Start(feed.SoundCard);
-  AutoErase(feed, NumberBehind(feed.LastRecordedCartNumber), feed.ClearCartCount);
-  audio_.SetCurrentlyRecordingCart(0);
+  AutoErase(feed, NumberBehind(feed.LastRecordedCartNumber), feed.ClearCartCount,
+            [this] { return audio_.Recording; });
+  // The stream and its timers run by now: behind a box of the clearing a recording may have begun.
+  if (!audio_.Recording) audio_.SetCurrentlyRecordingCart(0);
 }
 
 std::int32_t frmWireFeed::StartRecording(std::int32_t cart) {
@@ -81,7 +82,9 @@ std::int32_t frmWireFeed::EndRecording() {
 }
 
 bool frmWireFeed::StartNextRecording(WireFeedRecord& feed) {
-  if (StartRecording(GetNextRecordCartNumber(feed)) != 0) return false;
+  const std::int32_t cart = GetNextRecordCartNumber(feed);
+  // Behind a box of the search a tick may have begun one.
+  if (audio_.Recording || StartRecording(cart) != 0) return false;
   sendWinSockMessage("Started Recording");
   return true;
 }

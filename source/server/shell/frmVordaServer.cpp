@@ -13,6 +13,7 @@
 #include "carts/frmCartLocations.h"
 #include "config/ServerConfig.h"
 #include "controls/ChildForm.h"
+#include "controls/DesktopServices.h"
 #include "controls/Twips.h"
 #include "platform/Files.h"
 #include "platform/ProgramEnd.h"
@@ -179,7 +180,9 @@ void frmVordaServer::OnUnload() {
   ShutDown();
 }
 
+// Nothing stops it: what the recordings' ends have to tell goes to standard error, and every feed's is ended.
 void frmVordaServer::ShutDown() {
+  controls::InstallDesktop(controls::Operator::Absent);
   ShutDownFeeds();
   platform::CloseAllFiles();
   platform::EndProgram(0);

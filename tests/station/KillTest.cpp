@@ -79,7 +79,9 @@ Files FilesIn(const std::string& directory) {
 class KilledServer : public ::testing::TestWithParam<unsigned> {
  protected:
   KilledServer() {
-    station.AddFeed(1, "CapturePort=1\r\n");
+    // As each start leaves it: it then stays as it is.
+    station.AddFeed(1, "CapturePort=1\r\n",
+                    "[General]\r\nName=Wire\r\n[AudioCapture]\r\nCurrentlyRecordingCartNumber=0\r\n");
     // Without a story tool every story stays where it was written.
     fs::remove(fs::path(station.News(1)).parent_path() / "tools/ItemFile");
     news = FilesIn(station.News(1));

@@ -314,6 +314,21 @@ TEST_F(BehindABoxTest, EndWithinAnEndIsOneEnd) {
   EXPECT_EQ(Audio(5), ClosedWave(Block('b')));
 }
 
+TEST_F(BehindABoxTest, SameCartBegunAgainBehindTheCutsLastBlockIsLeftRunning) {
+  intake_.StartRecording(5);
+  stream_.Keep(Block('a'));
+  const ScopedFileFault fault = FailWrite(1);
+  boxes_.Expect("Failed to write data during 'WriteAudioData'", platform::BoxAnswer::Ok, [this] {
+    intake_.EndRecording();
+    EXPECT_EQ(intake_.StartRecording(5), 0);
+  });
+  intake_.EndRecording();
+  EXPECT_TRUE(intake_.Recording);
+  Play('b');
+  intake_.EndRecording();
+  EXPECT_EQ(Audio(5), ClosedWave(Block('b')));
+}
+
 TEST_F(BehindABoxTest, BlockBehindABlocksBoxIsWritten) {
   intake_.StartRecording(5);
   const ScopedFileFault fault = FailWrite(1);

@@ -1,6 +1,5 @@
 // The wall's parts and their lists.
 
-#include <algorithm>
 #include <cmath>
 #include <string>
 

@@ -2,10 +2,8 @@
 
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/Desktop.h"
 

@@ -1,10 +1,13 @@
-// Where a cart's record lies in the list of its part.
+// Which numbers are carts, and where a cart's record lies in the list of its part.
 
 #pragma once
 
 #include <cstdint>
 
 namespace vorda {
+
+// Whether the number is a cart's.
+bool IsUsableCart(std::int32_t cart);
 
 // The part's record in gAudioWallParts; `part` 1 to 11.
 struct AudioWallPart;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "carts/CartLists.h"
 #include "carts/Orvane_Audio_Routines.h"
 #include "platform/NativePath.h"
 #include "platform/SmallFiles.h"
@@ -14,11 +15,11 @@ namespace {
 
 constexpr double kCartsPerPart = 1000;
 
-bool IsUsable(std::int32_t cart) {
+}  // namespace
+
+bool IsUsableCart(std::int32_t cart) {
   return cart >= 1 && cart <= kLastCart;
 }
-
-}  // namespace
 
 std::int16_t CartLocationIndex(std::int32_t cart) {
   constexpr std::int32_t kLastNumbered = 10000;
@@ -33,7 +34,7 @@ std::string CartDirectory(std::int32_t cart) {
 }
 
 std::string CartFileStem(std::int32_t cart) {
-  if (!IsUsable(cart)) return {};
+  if (!IsUsableCart(cart)) return {};
   char name[16];
   std::snprintf(name, sizeof name, "ORV%05d", cart);
   return platform::JoinPath(CartDirectory(cart), name);
@@ -49,7 +50,7 @@ std::string CartAudioFileName(std::int32_t cart) {
 }
 
 std::string CartTextFileName(std::int32_t cart) {
-  return IsUsable(cart) ? CartFileStem(cart) + ".TXT" : std::string();
+  return IsUsableCart(cart) ? CartFileStem(cart) + ".TXT" : std::string();
 }
 
 }  // namespace vorda

@@ -21,10 +21,6 @@ namespace {
 constexpr std::int32_t kRefused = -1;
 constexpr float kEmptyLength = -1;
 
-bool IsUsable(std::int32_t cart) {
-  return cart >= 1 && cart <= kLastCart;
-}
-
 std::string_view BytesOf(const CartRecord& record) {
   return {record.data(), record.size()};
 }
@@ -110,7 +106,7 @@ bool IsEmptyCart(const CartInfo& info) {
 
 std::int16_t ReadCartInfo(CartInfo& info, std::int32_t cart) {
   info = gBlankCartInfo;
-  if (!IsUsable(cart)) return kRefused;
+  if (!IsUsableCart(cart)) return kRefused;
   bool found = false;
   if (gAudioWallSettings.UseIndividualCartListFiles != 0) {
     if (const int error = ReadIndividual(cart, info, found); error != 0) return Unreadable(info, error);
@@ -125,7 +121,7 @@ std::int16_t ReadCartInfo(CartInfo& info, std::int32_t cart) {
 }
 
 std::int32_t WriteCartInfo(CartInfo& info, std::int32_t cart, bool trusted) {
-  if (!IsUsable(cart)) return kRefused;
+  if (!IsUsableCart(cart)) return kRefused;
   if (!trusted && !UserMayUseCart(cart)) return kRefused;
   // The play length is left alone here, though a reader looks at it as well.
   if (!(info.PlayEnd > 0)) PlayWhole(info);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "carts/CartLists.h"
 #include "carts/Orvane_Audio_Routines.h"
 #include "feed/CartRotation.h"
 #include "platform/Clock.h"
@@ -66,7 +67,7 @@ platform::Hook<void()>& WallChangedHook() {
 AudioIntake::AudioIntake(AudioIntakeHost host) : host_(std::move(host)) {}
 
 std::int32_t AudioIntake::StartRecording(std::int32_t cart) {
-  if (cart < 1 || cart > kLastCart) return kNoSuchCart;
+  if (!IsUsableCart(cart)) return kNoSuchCart;
   WireFeedRecord* const feed = host_.feed();
   if (feed == nullptr) return 0;
   if (!HasRoom(CartAudioFileName(cart), feed->RecordFormat.nAvgBytesPerSec)) return kDiskTooFull;
@@ -101,11 +102,13 @@ void AudioIntake::MarkCart(std::int32_t cart) {
 
 std::int32_t AudioIntake::EndRecording() {
   const std::int32_t cart = CurrentRecordCart;
+  const platform::MmioHandle handle = AudioFileHandle;
   if (cart == 0) return 0;
   // While the gate is still open: what was taken in up to now belongs to the cut.
   if (auto* const stream = host_.stream()) stream->EndOfCut();
-  // Behind a box of that, a tick may have ended this recording, and even begun the next.
-  if (CurrentRecordCart != cart) return 0;
+  // Behind a box of that, a tick may have ended this recording, and even begun the next, into the same cart
+  // too.
+  if (CurrentRecordCart != cart || AudioFileHandle != handle) return 0;
   Recording = false;
   // Of this moment: behind the boxes that follow the window may go, and the next recording begin.
   WireFeedRecord* const feed = host_.feed();

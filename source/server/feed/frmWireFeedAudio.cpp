@@ -3,7 +3,6 @@
 
 #include <QPushButton>
 
-#include <limits>
 #include <string>
 
 #include "controls/Colors.h"
@@ -20,10 +19,6 @@ constexpr double kDiskCheckSeconds = 20;
 
 LevelRules RulesOf(const WireFeedRecord& feed) {
   return {feed.AudioActivationLevel, feed.AudioStartDuration, feed.AudioEndDuration};
-}
-
-std::int32_t NumberBehind(std::int32_t cart) {
-  return cart == std::numeric_limits<std::int32_t>::max() ? cart : cart + 1;
 }
 
 }  // namespace
@@ -67,7 +62,7 @@ void frmWireFeed::StartAudio(const WireFeedRecord& feed) {
   stream.wavedevicenumber = feed.SoundCard;
   if (stream.wavedevicenumber >= 1) stream.StartStream();
   devices_.winSockAudio->Start(feed.SoundCard);
-  AutoErase(feed, NumberBehind(feed.LastRecordedCartNumber), feed.ClearCartCount,
+  AutoErase(feed, std::int64_t{feed.LastRecordedCartNumber} + 1, feed.ClearCartCount,
             [this] { return audio_.Recording; });
   // The stream and its timers run by now: behind a box of the clearing a recording may have begun.
   if (!audio_.Recording) audio_.SetCurrentlyRecordingCart(0);

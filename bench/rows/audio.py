@@ -1,17 +1,18 @@
-"""Feeds that record, beside sox with its silence effect on the same sound at the same time."""
+"""Feeds that record, beside sox with its silence effect, and liquidsoap where it is installed, on the same sound at the same time."""
 
 from __future__ import annotations
 
 import time
 from contextlib import ExitStack
 
-from . import sound
+from . import peers, sound
 from .row import Bench, MeasureError, Row, ratio_row
 from .station import Program, Station
 
 NAME = "audio capture"
 REACH_ALONE = 1.2
 REACH_PROGRAM = 3
+REACH_LIQUIDSOAP = 1
 # Until what happens for the first time is over.
 SETTLE_SECONDS = 2
 FEEDS = (1, 4)
@@ -28,7 +29,7 @@ def lasts(bench: Bench) -> float:
 
 
 def measure(bench: Bench) -> list[Row]:
-    sound.need_sox()
+    peers.need_sox()
     return [row for feeds in FEEDS for row in _processor_rows(bench, feeds)]
 
 
@@ -46,20 +47,29 @@ def _processor_rows(bench: Bench, feeds: int) -> list[Row]:
         files = [sound.recording_of(station, feed) for station in (bare, whole) for feed in range(1, feeds + 1)]
         for feed in range(1, feeds + 1):
             files.append(bare.folder / f"sox{feed}.wav")
-            programs["sox"].append(running.enter_context(sound.start_sox(bare, feed, files[-1])))
+            programs["sox"].append(running.enter_context(peers.start_sox(bare, feed, files[-1])))
+        if feeds == max(FEEDS) and peers.has_liquidsoap():
+            liquid = {feed: bare.folder / f"liquidsoap{feed}.wav" for feed in range(1, feeds + 1)}
+            files += liquid.values()
+            programs["liquidsoap"] = [running.enter_context(peers.start_liquidsoap(bare, liquid))]
         sounds.play_everywhere(sound.loud_sound)
         sound.await_recordings(files)
         time.sleep(SETTLE_SECONDS)
-        used = _used(programs, *_windows(bench))
         sizes = [file.stat().st_size for file in files]
-        if max(sizes) - min(sizes) > sound.SAMPLE_BYTES * sound.AUDIO_RATE * 2:
-            raise MeasureError(f"not all have recorded the same: files of {min(sizes)} to {max(sizes)} bytes")
+        used = _used(programs, *_windows(bench))
+        grown = [file.stat().st_size - size for file, size in zip(files, sizes, strict=True)]
+        if max(grown) - min(grown) > sound.SAMPLE_BYTES * sound.AUDIO_RATE * 2:
+            raise MeasureError(f"not all have recorded the same: files grew by {min(grown)} to {max(grown)} bytes")
     spoken = "one feed" if feeds == 1 else f"{feeds} feeds"
     name = f"{NAME}, {spoken} recording, processor time a minute"
-    return [
+    whole_name = f"{name}, whole program in view"
+    rows = [
         ratio_row(name, "ms", used["alone"], used["sox"], REACH_ALONE),
-        ratio_row(f"{name}, whole program in view", "ms", used["whole"], used["sox"], REACH_PROGRAM if feeds == 4 else None),
+        ratio_row(whole_name, "ms", used["whole"], used["sox"], REACH_PROGRAM if feeds == max(FEEDS) else None),
     ]
+    if "liquidsoap" in used:
+        rows.append(ratio_row(f"{whole_name}, beside liquidsoap", "ms", used["whole"], used["liquidsoap"], REACH_LIQUIDSOAP))
+    return rows
 
 
 def _used(programs: dict[str, list[Program]], count: int, seconds: float) -> dict[str, list[float]]:

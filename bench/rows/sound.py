@@ -1,4 +1,4 @@
-"""Sound for a station's feeds: a sound server of the bench's own, what is played on it, and sox that records it beside us."""
+"""Sound for a station's feeds: a sound server of the bench's own, and what is played on it."""
 
 from __future__ import annotations
 
@@ -7,7 +7,6 @@ import math
 import os
 import random
 import re
-import shutil
 import subprocess
 import tempfile
 import threading
@@ -173,16 +172,3 @@ def await_findings(station: Station, server: Program, count: int) -> list[int]:
     if len(lines()) < count:
         raise MeasureError(f"{server.name} has ended")
     return [int(line) for line in lines()[:count]]
-
-
-def need_sox() -> None:
-    help_text = subprocess.run(["sox", "--help"], capture_output=True, text=True, check=False).stdout if shutil.which("rec") else ""
-    if not any(line.startswith("AUDIO DEVICE DRIVERS:") and "pulseaudio" in line for line in help_text.splitlines()):
-        raise MeasureError("there is no sox that can hear the sound server: install sox and libsox-fmt-pulse")
-
-
-def start_sox(station: Station, feed: int, file: Path) -> Program:
-    """sox that records what a feed hears, from its level on and as long as it lasts."""
-    environment = station.environment() | {"AUDIODRIVER": "pulseaudio", "AUDIODEV": input_of(output_of(feed))}
-    silence = ["silence", 1, f"{START_SECONDS}.0", f"{LEVEL}%", 1, f"{END_SECONDS}.0", f"{LEVEL}%"]
-    return Program([shutil.which("rec"), "-q", "-r", AUDIO_RATE, "-c", 1, "-b", 16, file, *silence], environment)

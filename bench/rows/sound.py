@@ -162,13 +162,13 @@ def last_recorded(station: Station, feed: int) -> int:
     return int(found[1]) if found else 0
 
 
-def await_findings(station: Station, server: Program, count: int) -> list[int]:
+def await_findings(station: Station, server: Program, count: int, seconds: float = PATIENCE_SECONDS) -> list[int]:
     """The numbers that a server of the bench's writes down, one a line."""
 
     def lines() -> list[str]:
         return station.ticks.read_text(encoding="ascii").splitlines(keepends=True) if station.ticks.exists() else []
 
-    wait_for(lambda: not server.runs() or sum(line.endswith("\n") for line in lines()) >= count, f"{server.name} had measured")
+    wait_for(lambda: not server.runs() or sum(line.endswith("\n") for line in lines()) >= count, f"{server.name} had measured", seconds)
     if len(lines()) < count:
         raise MeasureError(f"{server.name} has ended")
     return [int(line) for line in lines()[:count]]

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <functional>
 
+#include "StripPictures.h"
 #include "carts/Orvane_Audio_Routines.h"
 #include "carts/frmCartLocations.h"
 #include "carts/frmMoveCopyCart.h"
@@ -38,6 +39,13 @@ constexpr QRgb kEdgeColour = qRgb(0x80, 0x88, 0x90);
 QString gFolder;
 int gFailed = 0;
 
+void SavePicture(const QImage& picture, const char* name) {
+  const QString file = gFolder + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png");
+  if (picture.save(file)) return;
+  std::fprintf(stderr, "PictureBook: %s can't be written\n", qPrintable(file));
+  gFailed = 1;
+}
+
 void Save(QWidget& window, const char* name, bool bar = true) {
   const QPixmap inside = window.grab();
   const int top = bar ? kBarHeight : 0;
@@ -51,10 +59,7 @@ void Save(QWidget& window, const char* name, bool bar = true) {
   }
   painter.drawPixmap(1, top + 1, inside);
   painter.end();
-  const QString file = gFolder + QLatin1Char('/') + QString::fromLatin1(name) + QStringLiteral(".png");
-  if (picture.save(file)) return;
-  std::fprintf(stderr, "PictureBook: %s can't be written\n", qPrintable(file));
-  gFailed = 1;
+  SavePicture(picture, name);
 }
 
 void SaveForm(controls::Form& form, const char* name, bool bar) {
@@ -108,6 +113,7 @@ void TakePictures() {
   SaveForm(frmGoodInputBox::Default(), "question", true);
   SaveCartLocations();
   SaveMoveCopyCart();
+  SavePicture(StripStates(), "strip");
   SaveBox("no-port", {"Couldn't open port 1 for data capture, error : Device unavailable"});
   SaveBox("no-configuration",
           {"Warning : No Vorda information was found in the specifed news directory: N:\\weather\\vorda.ini",

@@ -2,9 +2,12 @@
 
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "platform/Hook.h"
 #include "platform/SampleIntake.h"
 
 namespace vorda::platform {
@@ -20,7 +23,19 @@ class SampleSource {
 std::unique_ptr<SampleSource> MakeServerSource(const std::string& device, SampleIntake& intake);
 
 // A sound file (native path) in real time, over and over; brought to the intake's format. One that can't be
-// read is looked for again every second.
+// read is looked for again every second. A read that hangs, as on a share, holds up nobody, not even the
+// source's end.
 std::unique_ptr<SampleSource> MakeFileSource(const std::string& path, SampleIntake& intake);
+
+// What a sound file holds.
+struct FileSound {
+  std::size_t channels = 1;
+  int rate = 0;                       // hertz
+  std::vector<std::int16_t> samples;  // whole frames; none when the file can't be read
+};
+
+// Reads a sound file, at most 2^28 samples of it, whatever its header promises; called from threads of its
+// own. What is no regular file, a pipe say, isn't opened.
+Hook<FileSound(const std::string& path)>& FileSoundHook();
 
 }  // namespace vorda::platform

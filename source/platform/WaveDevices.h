@@ -8,8 +8,11 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "platform/Hook.h"
 
 namespace vorda::platform {
 
@@ -22,10 +25,22 @@ std::string WaveInDeviceName(int number);
 // The largest number that a device has.
 int LastWaveInDevice();
 
-// Gives numbers to names that have none: the next free ones, in the order given.
-void NumberWaveInDevices(const std::vector<std::string>& names);
+// Gives numbers to names that have none: the next free ones, in the order given. All of them or, with false,
+// none: a number that platform.ini doesn't keep would be another device's after the next start.
+bool NumberWaveInDevices(const std::vector<std::string>& names);
 
-// Looks for the sound server's inputs from now on and numbers them; `changed` is called after each look.
-void WatchWaveInDevices(std::function<void()> changed);
+// Told once for each input that can't have its number, in words for the operator, which go to standard error
+// as well.
+Hook<void(const std::string& text)>& WaveInTroubleHook();
+
+// Ends what it was given for with its life, also from within a call of it.
+class WaveInDevicesWatch {
+ public:
+  virtual ~WaveInDevicesWatch() = default;
+};
+
+// Looks for the sound server's inputs and numbers them; `changed` is called behind each look. What can't be
+// numbered is tried again every two seconds.
+[[nodiscard]] std::unique_ptr<WaveInDevicesWatch> WatchWaveInDevices(std::function<void()> changed);
 
 }  // namespace vorda::platform

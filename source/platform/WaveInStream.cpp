@@ -4,9 +4,6 @@
 #include <QObject>
 #include <QPointer>
 
-#include <set>
-#include <utility>
-
 #include "platform/NativePath.h"
 #include "platform/SampleSource.h"
 #include "platform/StreamControl.h"
@@ -18,17 +15,6 @@ namespace {
 constexpr std::string_view kFileDevice = "file:";
 
 constexpr int kMostChannels = 32;
-
-class WaveInStream;
-
-// The streams whose number no input has yet.
-std::set<WaveInStream*>& WaitingStreams() {
-  static std::set<WaveInStream*> streams;
-  return streams;
-}
-
-// Has the waiting streams try again whenever inputs come.
-void WatchInputs();
 
 class WaveInStream : public StreamControl {
  public:
@@ -57,24 +43,22 @@ class WaveInStream : public StreamControl {
     return intake_->Running() ? kStreamRunning : kStreamWaiting;
   }
 
+ private:
   // Starts on the input of the present number, or waits until the number has one.
   void Begin() {
+    if (source_) return;
     const std::string device = WaveInDeviceName(wavedevicenumber);
     const bool isFile = device.starts_with(kFileDevice);
     // Inputs that the station gets later are to have a number as well.
-    if (!isFile) WatchInputs();
-    if (device.empty()) {
-      WaitingStreams().insert(this);
-      return;
-    }
+    if (!isFile && !watch_) watch_ = WatchWaveInDevices([this] { Begin(); });
+    if (device.empty()) return;
     source_ = isFile ? MakeFileSource(NativePath(device.substr(kFileDevice.size())), *intake_)
                      : MakeServerSource(device, *intake_);
   }
 
- private:
   void End() {
     started_ = false;
-    WaitingStreams().erase(this);
+    watch_.reset();
     source_.reset();
     intake_.reset();
   }
@@ -101,18 +85,11 @@ class WaveInStream : public StreamControl {
 
   QObject receiver_;  // of the other thread's calls; those under way go with it
   bool started_ = false;
+  std::unique_ptr<WaveInDevicesWatch> watch_;
   // The source fills the intake and has to end first.
   std::unique_ptr<SampleIntake> intake_;
   std::unique_ptr<SampleSource> source_;
 };
-
-void WatchInputs() {
-  static bool watching = false;
-  if (std::exchange(watching, true)) return;
-  WatchWaveInDevices([] {
-    for (WaveInStream* stream : std::exchange(WaitingStreams(), {})) stream->Begin();
-  });
-}
 
 }  // namespace
 

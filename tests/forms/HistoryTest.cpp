@@ -4,6 +4,7 @@
 
 #include "controls/Twips.h"
 #include "platform/Clock.h"
+#include "platform/WaveDevices.h"
 #include "shell/frmHistory.h"
 #include "support/FeedWindows.h"
 
@@ -49,6 +50,15 @@ TEST_F(History, EventsOfTheTimeBeforeTheWindowAreThere) {
   AddHistoryEvent("early");
   form.Show();
   EXPECT_EQ(Line(0), "21/11/2026 23:59:59 early");
+}
+
+TEST_F(History, SoundInputThatGotNoNumberIsTold) {
+  form.Show();
+  platform::WaveInTroubleHook()("no number");
+  EXPECT_EQ(Line(0), "21/11/2026 23:59:59 no number");
+  form.Unload();
+  platform::WaveInTroubleHook()("no number");
+  EXPECT_EQ(gHistoryCount, 1);
 }
 
 TEST_F(History, OperatorCanNotCloseItAndCodeCan) {

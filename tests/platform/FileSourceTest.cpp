@@ -14,7 +14,7 @@
 
 #include "ScopedVariable.h"
 #include "platform/Descriptor.h"
-#include "platform/SampleSource.h"
+#include "platform/FileSourceFixture.h"
 #include "platform/StreamControl.h"
 #include "support/EventLoop.h"
 #include "support/TempDirectory.h"
@@ -23,61 +23,7 @@
 namespace vorda::platform {
 namespace {
 
-using Samples = std::vector<std::int16_t>;
-using Clock = std::chrono::steady_clock;
-
-constexpr int kRate = 8000;
-constexpr int kPatience = 20000;  // ms
-
-Samples Ramp(std::size_t frames, std::size_t channels = 1) {
-  Samples samples;
-  for (std::size_t frame = 0; frame < frames; ++frame) {
-    for (std::size_t channel = 0; channel < channels; ++channel)
-      samples.push_back(static_cast<std::int16_t>(frame + 10000 * channel));
-  }
-  return samples;
-}
-
-std::string WaveOf(const Samples& samples, std::uint16_t channels, std::uint32_t rate) {
-  std::string bytes;
-  for (const std::int16_t sample : samples) bytes += test::Number(static_cast<std::uint16_t>(sample), 2);
-  const auto align = static_cast<std::uint16_t>(2 * channels);
-  return test::Riff(test::FormatChunk({1, channels, rate, rate * align, align, 16}) +
-                    test::Chunk("data", bytes));
-}
-
-class FileSourceTest : public ::testing::Test {
- protected:
-  // The first samples that the file gives.
-  Samples Play(const Samples& samples, std::uint16_t channels, std::uint32_t rate, SampleFormat format,
-               std::size_t count) {
-    test::WriteWholeFile(path_, WaveOf(samples, channels, rate));
-    SampleIntake intake(format, [] {});
-    const auto source = MakeFileSource(path_, intake);
-    Samples played = Collect(intake, count);
-    played.resize(count);
-    return played;
-  }
-  static Samples Collect(SampleIntake& intake, std::size_t count) {
-    Samples played;
-    EXPECT_TRUE(test::WaitUntil(
-        [&] {
-          for (SampleBlock block = intake.Fetch(); !block.empty(); block = intake.Fetch())
-            played.insert(played.end(), block.begin(), block.end());
-          return played.size() >= count;
-        },
-        kPatience));
-    return played;
-  }
-  static Samples Twice(Samples samples) {
-    const Samples once = samples;
-    samples.insert(samples.end(), once.begin(), once.end());
-    return samples;
-  }
-
-  test::TempDirectory directory_;
-  const std::string path_ = directory_ / "sound.wav";
-};
+class FileSourceTest : public FileSourceFixture {};
 
 TEST_F(FileSourceTest, VerySamplesOverAndOver) {
   const Samples ramp = Ramp(300);
@@ -175,7 +121,7 @@ TEST_F(FileSourceTest, NothingComesBehindItsEnd) {
 }
 
 // A stream on the station's first input, which is a file.
-class FileStreamTest : public FileSourceTest {
+class FileStreamTest : public FileSourceFixture {
  protected:
   FileStreamTest() {
     test::WriteWholeFile(home_ / "platform.ini", "[WaveIn]\n1=file:" + path_ + "\n");

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <limits>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -158,6 +159,25 @@ TEST_F(SampleLevelTest, AllChannelsCountAndFramesStayWhole) {
     intake.Put(Samples(3, 0));
     EXPECT_EQ(intake.Level(), 0) << channel;
   }
+}
+
+// Of sounds as inputs have them: nothing of their form counts but the peak.
+TEST_F(SampleLevelTest, SilenceDirectCurrentADeadChannelAndNoiseAtFullScale) {
+  EXPECT_EQ(LevelBehind(Samples(2 * kTwentiethOfASecond, 0)), 0);
+  EXPECT_EQ(LevelBehind(Samples(2 * kTwentiethOfASecond, -16384)), 50)
+      << "a constant is as loud as it is high";
+  Samples dead(2 * kTwentiethOfASecond, 0);
+  for (std::size_t i = 0; i < dead.size(); i += 2)
+    dead[i] = static_cast<std::int16_t>(i % 4 == 0 ? 3277 : -3277);
+  SampleIntake stereo({2, kRate}, [] {});
+  stereo.Put(dead);
+  EXPECT_EQ(stereo.Level(), 10);
+  Samples noise;
+  std::minstd_rand random(20261121);
+  for (std::size_t i = 0; i < 2 * kTwentiethOfASecond; ++i)
+    noise.push_back(random() % 2 == 0 ? std::numeric_limits<std::int16_t>::max()
+                                      : std::numeric_limits<std::int16_t>::min());
+  EXPECT_EQ(LevelBehind(noise), 100) << "and no more";
 }
 
 TEST_F(SampleLevelTest, FallsToNothingWhenNothingComes) {

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <string>
 
 #include "ScopedVariable.h"
+#include "platform/FileFault.h"
 #include "platform/WaveDevices.h"
 #include "support/TempDirectory.h"
 
@@ -128,6 +130,41 @@ TEST_F(WaveDevicesTest, OtherSectionsStayAsTheyAre) {
 TEST_F(WaveDevicesTest, SameNameTwiceGetsOneNumber) {
   NumberWaveInDevices({"mic", "mic"});
   EXPECT_EQ(WaveInDeviceCount(), 1);
+}
+
+// What couldn't be read a moment ago isn't empty: no number goes to another input.
+TEST_F(WaveDevicesTest, NumbersStandWhenTheFileCannotBeReadForAMoment) {
+  Give("[WaveIn]\r\n1=mic\r\n");
+  const ScopedFileFault fault(FileOperation::Open, EMFILE, 1, 1, "platform.ini");
+  EXPECT_TRUE(NumberWaveInDevices({"line"}));
+  EXPECT_EQ(Bytes(), "[WaveIn]\r\n1=mic\r\n2=line\r\n");
+}
+
+TEST_F(WaveDevicesTest, FileThatCannotBeReadStaysAsItIs) {
+  Give("[WaveIn]\r\n1=mic\r\n");
+  {
+    const ScopedFileFault fault(FileOperation::Open, EIO, 1, 1000, "platform.ini");
+    EXPECT_FALSE(NumberWaveInDevices({"line"}));
+  }
+  EXPECT_EQ(Bytes(), "[WaveIn]\r\n1=mic\r\n");
+}
+
+TEST_F(WaveDevicesTest, InputThatCannotBeWrittenHasNoNumber) {
+  Give("[WaveIn]\r\n1=mic\r\n");
+  {
+    const ScopedFileFault fault(FileOperation::Write, ENOSPC, 1, 1000);
+    EXPECT_FALSE(NumberWaveInDevices({"line", "usb"}));
+    EXPECT_TRUE(NumberWaveInDevices({"mic"})) << "nothing is to be written";
+  }
+  EXPECT_EQ(WaveInDeviceCount(), 1);
+  EXPECT_TRUE(NumberWaveInDevices({"usb", "line"}));
+  EXPECT_EQ(Bytes(), "[WaveIn]\r\n1=mic\r\n2=usb\r\n3=line\r\n");
+}
+
+// It would be a new one at every look.
+TEST_F(WaveDevicesTest, NameThatNoFileCanHoldHasNoNumber) {
+  for (int look = 0; look < 3; ++look) EXPECT_TRUE(NumberWaveInDevices({" mic", "\"usb\"", "a\nb", "line"}));
+  EXPECT_EQ(Bytes(), "[WaveIn]\r\n1=line\r\n");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "support/SoundServerProcess.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -8,6 +9,7 @@
 #include <csignal>
 #include <cstring>
 
+#include "platform/Descriptor.h"
 #include "support/EventLoop.h"
 
 namespace vorda::test {
@@ -16,14 +18,20 @@ namespace {
 
 constexpr int kPatience = 30000;  // ms
 
+// Whether it takes a connection and ends it for the nonsense that it is sent: by then nothing of this
+// connection is left there.
 bool Answers(const std::string& path) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool answers = ::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::close(socket);
-  return answers;
+  const platform::Descriptor probe(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (::connect(probe.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+    return false;
+  const std::string nonsense(64, '\xFF');
+  char byte = 0;
+  pollfd answer{probe.number(), POLLIN, 0};
+  return ::send(probe.number(), nonsense.data(), nonsense.size(), MSG_NOSIGNAL) > 0 &&
+         ::poll(&answer, 1, kPatience) == 1 && ::read(probe.number(), &byte, 1) <= 0;
 }
 
 }  // namespace
@@ -60,6 +68,12 @@ bool SoundServerProcess::Start() {
 void SoundServerProcess::Kill() {
   server_->Signal(SIGKILL);
   server_->ExitCode();
+}
+
+void SoundServerProcess::Vanish() {
+  server_->Signal(SIGSTOP);
+  vanished_ = std::move(server_);
+  ::unlink((directory_ / "socket").c_str());
 }
 
 std::vector<std::string> SoundServerProcess::Environment() const {
@@ -105,6 +119,21 @@ std::unique_ptr<Program> SoundServerProcess::Play(int output, const Samples& sam
       Client({"pacat", "--playback", "--raw", "--format=s16le", "--rate=" + std::to_string(format_.rate),
               "--channels=" + std::to_string(format_.channels), "--latency=" + std::to_string(bytes.size()),
               "--device=feed" + std::to_string(output), file}));
+}
+
+bool SoundServerProcess::Suspend(int output, bool suspended) {
+  return RunToEnd(
+             Client({"pactl", "suspend-sink", "feed" + std::to_string(output), suspended ? "1" : "0"})) == 0;
+}
+
+// The kernel's list has a line for each end that bears the socket's name, the one that listens among them.
+int SoundServerProcess::Connections() const {
+  const std::string ends = ReadWholeFile("/proc/net/unix");
+  const std::string name = " " + (directory_ / "socket") + "\n";
+  int count = -1;
+  for (std::size_t place = ends.find(name); place != std::string::npos; place = ends.find(name, place + 1))
+    ++count;
+  return count;
 }
 
 int SoundServerProcess::Streams() const {

@@ -28,6 +28,9 @@ class SoundServerProcess {
   // Ends it without a word to its clients, and waits for its end.
   void Kill();
   void Signal(int signal) { server_->Signal(signal); }
+  // Leaves its clients as a machine does that is gone from the network: no answers, and no end of their
+  // connections. It can then be started again under the same name.
+  void Vanish();
 
   // What a client has to have in its environment, "NAME=value" each.
   std::vector<std::string> Environment() const;
@@ -44,6 +47,10 @@ class SoundServerProcess {
   std::unique_ptr<Program> Play(int output, const Samples& samples);
   // How many streams take sound in; -1 when the server doesn't answer.
   int Streams() const;
+  // How many connections there are, of those that it has taken or is yet to take; also while it hangs.
+  int Connections() const;
+  // Has an output and its monitor stand still, or lets them on; false when the server refuses.
+  bool Suspend(int output, bool suspended);
   std::string log() const { return server_ ? server_->output() : std::string(); }
 
  private:
@@ -54,6 +61,7 @@ class SoundServerProcess {
   const SoundFormat format_;
   TempDirectory directory_;
   std::unique_ptr<Program> server_;
+  std::unique_ptr<Program> vanished_;
   int played_ = 0;
 };
 

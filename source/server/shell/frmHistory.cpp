@@ -5,6 +5,7 @@
 #include "controls/FormBuilder.h"
 #include "controls/Panels.h"
 #include "controls/Twips.h"
+#include "platform/WaveDevices.h"
 #include "shell/EventHistory.h"
 #include "shell/frmVordaServer.h"
 
@@ -47,11 +48,13 @@ void frmHistory::BuildControls(QWidget* client) {
 void frmHistory::OnLoad() {
   Move(Left(), Top(), kDesignWidth, kDesignHeight);
   HistoryChangedHook().Swap([this] { ShowLines(); });
+  platform::WaveInTroubleHook().Swap(AddHistoryEvent);
   ShowLines();
 }
 
 void frmHistory::OnUnload() {
   HistoryChangedHook().Swap([] {});
+  platform::WaveInTroubleHook().Swap([](const std::string&) {});
 }
 
 void frmHistory::OnResize() {

@@ -1,8 +1,10 @@
 // The frame: its start-up, its menus, and the history window along its foot.
 
 #include <QAction>
+#include <QImage>
 #include <QMenu>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollBar>
 #include <QTest>
 #include <QTimer>
@@ -72,6 +74,21 @@ TEST_F(FrameDeathTest, SplashStandsAloneWhenTheCommandLineIsWrong) {
     EXPECT_TRUE(frmSplash::Default().Visible());
     EXPECT_FALSE(Server().Visible());
     EXPECT_FALSE(frmHistory::Default().Loaded());
+    EndScenario();
+    return platform::BoxAnswer::Ok;
+  });
+  ExpectHolds([] { Server().Load(); });
+}
+
+// What the screen holds, and not what the window would draw: no event runs while this box is up.
+TEST_F(FrameDeathTest, SplashIsPaintedBeforeTheFirstBox) {
+  const char* const arguments[] = {"/P"};
+  TakeCommandLine(1, arguments);
+  const platform::ScopedHook box(platform::MessageBoxHook(), [](const platform::BoxRequest&) {
+    QWidget* splash = frmSplash::Default().Control<QWidget>("fraMainFrame")->window();
+    const QImage onScreen = splash->screen()->grabWindow(splash->winId()).toImage();
+    EXPECT_EQ(onScreen.convertToFormat(QImage::Format_RGB32),
+              splash->grab().toImage().convertToFormat(QImage::Format_RGB32));
     EndScenario();
     return platform::BoxAnswer::Ok;
   });

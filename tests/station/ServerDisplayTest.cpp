@@ -117,6 +117,17 @@ TEST(ServerDisplay, SignalEndsItWithZero) {
   EXPECT_EQ(station.Server().ExitCode(), 0) << station.Server().output();
 }
 
+// The test of the windows once more, with a real screen to look at: there a window is on the screen only when
+// the display says so, and what is painted before is lost.
+TEST(ServerDisplay, SplashIsPaintedBeforeTheFirstBox) {
+  const Display display;
+  Program test({"env", "DISPLAY=" + display.Name(), BuiltProgram("forms_tests"), "-platform", "xcb",
+                "--gtest_death_test_style=threadsafe",
+                "--gtest_filter=FrameDeathTest.SplashIsPaintedBeforeTheFirstBox"});
+  EXPECT_EQ(test.ExitCode(60000), 0) << test.output();
+  EXPECT_NE(test.output().find("[  PASSED  ] 1 test."), std::string::npos) << test.output();
+}
+
 TEST(ServerDisplay, OneThatCannotBeReachedEndsItWithOneAndALine) {
   Station station;
   station.AddFeed(1, "");

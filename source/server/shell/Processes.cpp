@@ -1,5 +1,6 @@
 // Starting other programs.
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -20,6 +21,8 @@ void WaitForEnd(const platform::ProcessInformation& process, QEventLoop::Process
   look.start(kLookInterval);
   while (!platform::ProcessHasEnded(process))
     QCoreApplication::processEvents(events | QEventLoop::WaitForMoreEvents);
+  // Input that was left waiting is looked at only when the next comes, or on a call.
+  QAbstractEventDispatcher::instance()->wakeUp();
 }
 
 }  // namespace

@@ -7,15 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <string>
-#include <vector>
 
-#include "carts/Orvane_Audio_Routines.h"
-#include "platform/Clock.h"
 #include "platform/FileFault.h"
-#include "support/FeedWindows.h"
+#include "support/FeedAudioFixture.h"
 #include "support/StatusClient.h"
-#include "support/WallLists.h"
 
 namespace vorda::test {
 namespace {
@@ -26,85 +23,8 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 constexpr std::int32_t kRed = 255;
-constexpr double kNoon = 43200;
-constexpr int kLimit = 20000;  // ms
 
-// Carts 9001 to 9010 are feed 1's; its thresholds are those of the text it is given.
-class FeedAudio : public FeedWindows {
- protected:
-  FeedAudio() {
-    gAudioWallSettings = {};
-    gAudioWallSettings.MaintainLegacyCartList = 1;
-    InitBlankCartInfo();
-    MakeWallLists(directory / "wall");
-    for (AudioWallPart& part : gAudioWallParts) part = {directory / "wall", {}, false, 0};
-    EXPECT_EQ(ConnectAudioWall(0, true), 0);
-  }
-  ~FeedAudio() override {
-    gAudioWallParts = {};
-    gAudioWallSettings = {};
-    gBlankCartInfo = {};
-  }
-
-  frmWireFeed& StartFeed(const std::string& keys = {}, int soundCard = 1) {
-    Record(1).SoundCard = static_cast<std::int16_t>(soundCard);
-    config_ =
-        WriteConfig(1,
-                    "[AudioCapture]\r\nIndexCartNumber=9000\r\nStartCartNumber=9001\r\nEndCartNumber=9010\r\n"
-                    "ClearCartCount=2\r\nAudioActivationLevel=50\r\nAudioStartDuration=5\r\n"
-                    "AudioEndDuration=25\r\n" +
-                        keys + "[RecordAudioFormat]\r\nChannels=2\r\nSampleRate=8000\r\n");
-    return Start(1, config_);
-  }
-  FakeStream& Stream() { return *streams.made.at(0); }
-  template <class Control>
-  static Control* Of(frmWireFeed& form, const char* name) {
-    return form.lblConfigFile()->parentWidget()->findChild<Control*>(QString::fromLatin1(name));
-  }
-  static std::string Caption(frmWireFeed& form, const char* name) {
-    return Of<controls::Panel>(form, name)->Caption();
-  }
-  static bool Enabled(frmWireFeed& form, const char* name) {
-    return Of<QPushButton>(form, name)->isEnabled();
-  }
-  static void Click(frmWireFeed& form, const char* name) {
-    QTest::mouseClick(Of<QPushButton>(form, name), Qt::LeftButton);
-  }
-
-  // Sets level and time, and waits until ticks have seen them.
-  void Tick(double seconds, int level) {
-    now_.seconds = kNoon + seconds;
-    Stream().level = static_cast<std::int16_t>(level);
-    const int until = reads_ + 3;
-    ASSERT_TRUE(WaitUntil([&] { return reads_ >= until; }, kLimit));
-  }
-  // Sound from `seconds` on until the recording begins.
-  void Record5SecondsOfSound(double seconds) {
-    Tick(seconds, 80);
-    Tick(seconds + 5, 80);
-  }
-  std::string Audio(std::int32_t cart) const {
-    return ReadWholeFile(directory / "wall" + "/ORV0" + std::to_string(cart) + ".WAV");
-  }
-  static CartInfo Info(std::int32_t cart) {
-    CartInfo info;
-    EXPECT_EQ(ReadCartInfo(info, cart), 0);
-    return info;
-  }
-  static std::string Title(std::int32_t cart) {
-    std::string title;
-    JoinCartTitle(Info(cart), title);
-    return title.substr(0, title.find_last_not_of(' ') + 1);
-  }
-
-  platform::Moment now_{platform::DayNumber(2026, 11, 21), kNoon};
-  int reads_ = 0;
-  platform::ScopedClock clock_{[this] {
-    ++reads_;
-    return now_;
-  }};
-  std::string config_;
-};
+class FeedAudio : public FeedAudioFixture {};
 
 TEST_F(FeedAudio, StreamGetsTheFeedsFormatAndDevice) {
   StartFeed({}, 3);
@@ -220,9 +140,13 @@ TEST_F(FeedAudio, EjectInSoundStartsTheNextCartAtOnceAndSaysNothing) {
   Click(form, "cmdEject");
   Tick(5.5, 80);
   EXPECT_EQ(Caption(form, "pnlCartNo"), "9002");
-  ASSERT_TRUE(client.WaitFor("Closed Audio File\r\n"));
-  ASSERT_TRUE(client.WaitFor("Started Recording\r\n"));
-  EXPECT_THAT(client.Text(), Not(HasSubstr("Stopped Recording")));
+  form.sendWinSockMessage("The end");
+  ASSERT_TRUE(client.WaitFor("The end\r\n"));
+  const std::string& text = client.Text();
+  const std::size_t closed = text.find("Closed Audio File\r\n");
+  ASSERT_NE(closed, std::string::npos);
+  EXPECT_NE(text.find("Started Recording\r\n", closed), std::string::npos) << "of the next cart";
+  EXPECT_THAT(text, Not(HasSubstr("Stopped Recording")));
 }
 
 TEST_F(FeedAudio, KeyboardRecordsAndEjects) {
@@ -234,6 +158,31 @@ TEST_F(FeedAudio, KeyboardRecordsAndEjects) {
   EXPECT_TRUE(WaitUntil([&] { return Caption(form, "pnlCartNo") == "9001"; }, kLimit));
   QTest::keyClick(form.lblConfigFile(), Qt::Key_E, Qt::AltModifier);
   EXPECT_TRUE(WaitUntil([&] { return Caption(form, "pnlCartNo").empty(); }, kLimit));
+}
+
+// They share the input and ask for one status port, which is the first one's; the second one's failure passes
+// unnoticed.
+TEST_F(FeedAudio, TwoFeedsOnOneSoundCardBothRecordAndTheFirstHasTheStatusPort) {
+  frmWireFeed& first = StartFeed();
+  Record(2).SoundCard = 1;
+  frmWireFeed& second =
+      Start(2, WriteConfig(2, AudioKeys("IndexCartNumber=9100\r\nStartCartNumber=9101\r\nEndCartNumber="
+                                        "9110\r\nLastRecordedCartNumber=9104\r\n")));
+  EXPECT_EQ(streams.made.at(1)->wavedevicenumber, 1);
+  StatusClient client;
+  ASSERT_TRUE(WaitUntil([&] { return client.Connect(OwnLoopbackAddress(), 6961); }, kLimit));
+  ASSERT_TRUE(client.WaitFor("Log Name          : Wire 1\r\n"));
+  streams.made.at(1)->level = 80;
+  Record5SecondsOfSound(0);
+  EXPECT_TRUE(WaitUntil([&] { return Caption(second, "pnlCartNo") == "9105"; }, kLimit));
+  EXPECT_EQ(Caption(first, "pnlCartNo"), "9001");
+  for (FakeStream* stream : streams.made) stream->Play("abcd");
+  first.EndRecording();
+  second.EndRecording();
+  EXPECT_EQ(Audio(9001).substr(44), "abcd");
+  EXPECT_EQ(Audio(9105).substr(44), "abcd");
+  ASSERT_TRUE(client.WaitFor("Closed Audio File\r\n"));
+  EXPECT_THAT(client.Text(), Not(HasSubstr("ORV09105")));
 }
 
 TEST_F(FeedAudio, LongestCutEndsARecordingAndTheNextCartGoesOn) {

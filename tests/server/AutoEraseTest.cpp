@@ -131,6 +131,19 @@ TEST_F(AutoEraseTest, RangeOfOneClearsNothing) {
   EXPECT_EQ(FullCarts(4, 7), (Carts{4, 5, 6, 7}));
 }
 
+// Behind a last recording outside of it the carts from its start up to that one are cleared.
+TEST_F(AutoEraseTest, RangeOfNoughtClearsWhatLiesBelowALastRecordingOutsideOfIt) {
+  Fill(1, 4);
+  for (const std::int32_t last : {-1, 0, 1}) {
+    SetRange(0, 0, last);
+    Erase(std::int64_t{last} + 1, 10);
+    EXPECT_EQ(FullCarts(1, 4), (Carts{1, 2, 3, 4})) << last;
+  }
+  SetRange(0, 0, 3);
+  Erase(4, 10);
+  EXPECT_EQ(FullCarts(1, 4), (Carts{3, 4}));
+}
+
 TEST_F(AutoEraseTest, RangeTheWrongWayRoundClearsNothing) {
   SetRange(20, 5, 5);
   Fill(1, 20);

@@ -97,6 +97,18 @@ TEST_F(NextCartTest, NoneWhenNothingCanBeDeleted) {
   EXPECT_EQ(FullCarts(1, 5), (Carts{1, 2, 3, 4, 5}));
 }
 
+// Each deletion fails, and behind the first one's box a recording begins.
+TEST_F(NextCartTest, NothingMoreIsForcedOnceARecordingHasBegunMeanwhile) {
+  Fill(1, 5);
+  for (const std::int32_t last : {2, 4, 5}) {
+    SetRange(1, 5, last);
+    const ScopedFileFault fault(FileOperation::Remove, EACCES, 1, test::kAlways);
+    EXPECT_EQ(GetNextRecordCartNumber(feed_, [&] { return fault.calls() > 0; }), 0);
+    EXPECT_EQ(fault.calls(), 1) << last;
+  }
+  EXPECT_EQ(FullCarts(1, 5), (Carts{1, 2, 3, 4, 5}));
+}
+
 TEST_F(NextCartTest, LastRecordingBelowTheStartBecomesTheOneAheadOfItInMemoryOnly) {
   SetRange(5, 10, 2);
   test::WriteWholeFile(feed_.FullConfigFile, "[AudioCapture]\r\nLastRecordedCartNumber=2\r\n");
@@ -140,6 +152,18 @@ TEST_F(NextCartTest, RangeTheWrongWayRoundHasNone) {
   SetRange(10, 5, 0);
   EXPECT_EQ(Next(), 0);
   EXPECT_EQ(feed_.LastRecordedCartNumber, 9);
+}
+
+// The recording refuses number 0.
+TEST_F(NextCartTest, RangeOfNoughtHasNone) {
+  Fill(1, 3);
+  for (const std::int32_t last : {-5, -1, 0}) {
+    SetRange(0, 0, last);
+    EXPECT_EQ(Next(), 0) << last;
+  }
+  SetRange(0, 0, 1);
+  EXPECT_EQ(Next(), 0) << "but for the numbers up to the last recording, of which there is no cart";
+  EXPECT_EQ(FullCarts(1, 3), (Carts{1, 2, 3}));
 }
 
 TEST_F(NextCartTest, NothingIsReserved) {

@@ -65,6 +65,12 @@ TEST_F(LevelMachineTest, ThresholdOfAHundredNeverStarts) {
   EXPECT_EQ(Run(0, 60, 100), Moments{});
 }
 
+TEST_F(LevelMachineTest, ThresholdAsItComesLeavesAHundredAlone) {
+  rules_.AudioActivationLevel = 99;
+  EXPECT_EQ(Run(0, 10, 99), Moments{});
+  EXPECT_EQ(Run(10, 20, 100), (Moments{15}));
+}
+
 TEST_F(LevelMachineTest, ThresholdOfZeroStartsAtAnyLevelButSilence) {
   rules_.AudioActivationLevel = 0;
   EXPECT_EQ(Run(0, 10, 0), Moments{});

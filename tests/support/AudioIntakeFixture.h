@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -50,6 +51,11 @@ class AudioIntakeFixture : public WallFixture {
   using Steps = std::vector<std::string>;
   Steps TakeSteps() { return std::exchange(steps_, {}); }
   void Note(const std::string& step) { steps_.push_back(step + (intake_.Recording ? " (open)" : "")); }
+
+  // The nth write to cart 5's file from now on fails, and `times - 1` behind it.
+  static platform::ScopedFileFault FailWrite(int nth, int times = 1) {
+    return {platform::FileOperation::Write, ENOSPC, nth, times, "ORV00005.WAV"};
+  }
 
   // Blocks of 0.1 s, each of one letter.
   static std::string Block(char letter) { return std::string(400, letter); }

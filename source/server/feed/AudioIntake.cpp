@@ -74,14 +74,16 @@ std::int32_t AudioIntake::StartRecording(std::int32_t cart) {
   // The caller can't tell a file that couldn't be opened from a success; the operator has been told.
   if (OpenAudioFile(cart) != 0) return 0;
   const platform::MmioHandle handle = AudioFileHandle;
+  const std::uint64_t recording = underWay_ = ++begun_;
+  newestOfCart_[cart] = recording;
   host_.showCart(std::to_string(cart));
   SetCurrentlyRecordingCart(cart);
   feed->RecordStartStamp = NowStamp();
   feed->ThisItemMaxLength = feed->MaxCutLength;
   MarkCart(cart);
-  // Behind a box of the clearing this recording may have been ended, or the next one begun: what that left is
-  // not this one's to open, and a gate without its file would stay open for ever.
-  const auto overtaken = [&] { return Recording || AudioFileHandle != handle || CurrentRecordCart != cart; };
+  // Behind a box of the clearing this recording may have been ended, or the next one begun, or have failed to:
+  // what that left is not this one's to open, and a gate without its file would stay open for ever.
+  const auto overtaken = [&] { return underWay_ != recording || AudioFileHandle != handle; };
   AutoErase(*feed, cart + 1, feed->ClearCartCount, overtaken);
   if (overtaken()) return 0;
   Recording = true;
@@ -102,20 +104,21 @@ void AudioIntake::MarkCart(std::int32_t cart) {
 
 std::int32_t AudioIntake::EndRecording() {
   const std::int32_t cart = CurrentRecordCart;
-  const platform::MmioHandle handle = AudioFileHandle;
+  const std::uint64_t recording = underWay_;
   if (cart == 0) return 0;
   // While the gate is still open: what was taken in up to now belongs to the cut.
   if (auto* const stream = host_.stream()) stream->EndOfCut();
   // Behind a box of that, a tick may have ended this recording, and even begun the next, into the same cart
   // too.
-  if (CurrentRecordCart != cart || AudioFileHandle != handle) return 0;
+  if (CurrentRecordCart != cart || underWay_ != recording) return 0;
+  underWay_ = 0;
   Recording = false;
   // Of this moment: behind the boxes that follow the window may go, and the next recording begin.
   WireFeedRecord* const feed = host_.feed();
   const TimeStamp start = feed != nullptr ? feed->RecordStartStamp : TimeStamp();
   CloseAudioFile();
   if (!Recording) host_.showCart("");
-  FileCart(feed, cart, start);
+  FileCart(feed, cart, recording, start);
   if (!Recording) {
     CurrentRecordCart = 0;
     if (feed != nullptr) WriteCurrentlyRecordingCart(*feed, 0);
@@ -126,7 +129,9 @@ std::int32_t AudioIntake::EndRecording() {
   return 0;
 }
 
-void AudioIntake::FileCart(WireFeedRecord* feed, std::int32_t cart, const TimeStamp& start) {
+// What newer recordings have filed stays: the record of a cart that was taken again, and which was the last.
+void AudioIntake::FileCart(WireFeedRecord* feed, std::int32_t cart, std::uint64_t recording,
+                           const TimeStamp& start) {
   CartInfo info = gBlankCartInfo;
   const float length = WaveLengthSeconds(CartAudioFileName(cart));
   info.CountdownMark = info.AudioLength = info.PlayEnd = info.PlayLength = length;
@@ -135,7 +140,9 @@ void AudioIntake::FileCart(WireFeedRecord* feed, std::int32_t cart, const TimeSt
   SplitCartTitle("Recorded by Vorda Server " + platform::FormatShortDate(start.Day) + " " +
                      FormatSeconds(static_cast<double>(start.Seconds), kRunningTime).substr(0, kHourMinute),
                  info);
-  WriteCartInfo(info, cart, true);
+  if (newestOfCart_[cart] == recording) WriteCartInfo(info, cart, true);
+  if (filed_ > recording) return;
+  filed_ = recording;
   UpdateLastRecordedCart(*feed, cart);
 }
 

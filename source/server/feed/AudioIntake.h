@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -50,15 +51,23 @@ class AudioIntake {
   // Keeps the number of the cart being recorded, and writes it for other programs.
   void SetCurrentlyRecordingCart(std::int32_t cart);
 
+  // How many recordings have begun. What waited behind a box sees by it whether one has begun meanwhile.
+  std::uint64_t Begun() const { return begun_; }
+
  private:
   std::int32_t WriteHeader(platform::MmioHandle handle, const platform::MMCKINFO& riff,
                            const std::string& path, const std::string& format);
   void MarkCart(std::int32_t cart);
-  void FileCart(WireFeedRecord* feed, std::int32_t cart, const TimeStamp& start);
+  void FileCart(WireFeedRecord* feed, std::int32_t cart, std::uint64_t recording, const TimeStamp& start);
 
   AudioIntakeHost host_;
   platform::MMCKINFO riffChunk_;
   platform::MMCKINFO dataChunk_;
+  // Recordings are numbered as they begin. Behind the boxes of one's start or end others may begin and end.
+  std::uint64_t begun_ = 0;
+  std::uint64_t underWay_ = 0;                          // 0 = none
+  std::uint64_t filed_ = 0;                             // the newest that has been filed
+  std::map<std::int32_t, std::uint64_t> newestOfCart_;  // the last that began in each cart
 };
 
 // Has the cart browser draw the wall again, if it is open.

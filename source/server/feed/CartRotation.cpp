@@ -60,8 +60,8 @@ std::int32_t FirstEmpty(CartRange range) {
 }
 
 // A number that is no cart counts as deleted.
-std::optional<std::int32_t> FirstDeleted(CartRange range) {
-  for (CartNumber cart = range.first; cart <= range.last; ++cart) {
+std::optional<std::int32_t> FirstDeleted(CartRange range, const Overtaken& overtaken) {
+  for (CartNumber cart = range.first; cart <= range.last && !overtaken(); ++cart) {
     const auto number = static_cast<std::int32_t>(cart);
     if (CartsInHand().contains(number)) continue;
     if (DeleteInHand(number) == 0) return number;
@@ -76,7 +76,7 @@ void WriteNumber(const WireFeedRecord& feed, const char* key, std::int32_t numbe
 // The carts up to the range's end. `seen` is the record that was read last: all zero, and so not an empty
 // cart's, when none was. Result: how many were done.
 std::int64_t EraseUpToEnd(const WireFeedRecord& feed, CartNumber first, std::int64_t count, CartInfo& seen,
-                          const std::function<bool()>& overtaken) {
+                          const Overtaken& overtaken) {
   std::int64_t done = 0;
   for (CartNumber cart = first; done < count && cart < feed.EndCartNumber && !overtaken(); ++cart) {
     if (cart < 1 || cart > kLastCart) {
@@ -95,7 +95,7 @@ std::int64_t EraseUpToEnd(const WireFeedRecord& feed, CartNumber first, std::int
 }
 
 void EraseFromStart(const WireFeedRecord& feed, CartNumber first, std::int64_t count, const CartInfo& seen,
-                    const std::function<bool()>& overtaken) {
+                    const Overtaken& overtaken) {
   const CartNumber begin = feed.StartCartNumber;
   const CartNumber end = std::min(first - 1, begin + count);
   if (IsEmptyCart(seen)) return;
@@ -106,17 +106,17 @@ void EraseFromStart(const WireFeedRecord& feed, CartNumber first, std::int64_t c
 
 }  // namespace
 
-std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed) {
+std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed, const Overtaken& overtaken) {
   if (feed.LastRecordedCartNumber < feed.StartCartNumber)
     feed.LastRecordedCartNumber = static_cast<std::int32_t>(CartNumber{feed.StartCartNumber} - 1);
   if (const std::int32_t cart = FirstEmpty(Behind(feed)); cart != 0) return cart;
   if (const std::int32_t cart = FirstEmpty(Ahead(feed)); cart != 0) return cart;
-  if (const auto cart = FirstDeleted(Behind(feed))) return *cart;
-  return FirstDeleted(Ahead(feed)).value_or(0);
+  if (const auto cart = FirstDeleted(Behind(feed), overtaken)) return *cart;
+  return FirstDeleted(Ahead(feed), overtaken).value_or(0);
 }
 
 void AutoErase(const WireFeedRecord& feed, std::int64_t first, std::int32_t count,
-               const std::function<bool()>& overtaken) {
+               const Overtaken& overtaken) {
   CartInfo seen;
   const std::int64_t done = EraseUpToEnd(feed, first, count, seen, overtaken);
   if (done < count) EraseFromStart(feed, first, count - done, seen, overtaken);

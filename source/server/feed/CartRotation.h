@@ -13,18 +13,22 @@
 
 namespace vorda {
 
+// Deleting a cart may wait behind a box. Where this is true afterwards a recording has begun meanwhile, and
+// cleared for itself: nothing more is deleted.
+using Overtaken = std::function<bool()>;
+inline bool NeverOvertaken() {
+  return false;
+}
+
 // The next cart to record into: the first empty one behind the last recording, then the first empty one ahead
 // of it; where none is, the first that can be deleted, in the same order. The last recording itself is never
 // taken. 0 when no cart can be had. Nothing is reserved.
-std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed);
+std::int32_t GetNextRecordCartNumber(WireFeedRecord& feed, const Overtaken& overtaken = NeverOvertaken);
 
 // Empties `count` carts from `first` on, up to but not including the range's last one, and then from the
 // range's first one on. The wrapped carts all share the fate of the one that was looked at last.
-// Deleting a cart may wait behind a box; where `overtaken` is true afterwards the rest is left: a recording
-// has begun meanwhile, and cleared for itself.
-void AutoErase(
-    const WireFeedRecord& feed, std::int64_t first, std::int32_t count,
-    const std::function<bool()>& overtaken = [] { return false; });
+void AutoErase(const WireFeedRecord& feed, std::int64_t first, std::int32_t count,
+               const Overtaken& overtaken = NeverOvertaken);
 
 // Keeps the number of the last recording, and writes it.
 void UpdateLastRecordedCart(WireFeedRecord& feed, std::int32_t cart);

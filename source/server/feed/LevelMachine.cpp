@@ -1,13 +1,15 @@
 #include "feed/LevelMachine.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
+
+#include "shell/GeneralFunctions.h"
 
 namespace vorda {
 
 namespace {
 
-constexpr double kSecondsPerDay = 86400.0;
 constexpr double kRearmTimes = 5;
 constexpr double kShownFrom = 0.5;  // seconds
 
@@ -15,10 +17,10 @@ bool IsAbove(float level, const LevelRules& rules) {
   return level > static_cast<float>(rules.AudioActivationLevel);
 }
 
+// With a point, whatever the locale of the desktop.
 std::string OneDecimal(double seconds) {
-  char text[40];
-  std::snprintf(text, sizeof text, "%.1f", seconds);
-  return text;
+  std::array<char, 40> text;
+  return {text.data(), std::to_chars(text.begin(), text.end(), seconds, std::chars_format::fixed, 1).ptr};
 }
 
 }  // namespace
@@ -29,11 +31,6 @@ bool IsSet(const TimeStamp& stamp) {
 
 void Unset(TimeStamp& stamp) {
   stamp.Day = 0;
-}
-
-double SecondsBetween(const TimeStamp& stamp, const TimeStamp& now) {
-  const double days = static_cast<double>(now.Day) - static_cast<double>(stamp.Day);
-  return days * kSecondsPerDay + static_cast<double>(now.Seconds) - static_cast<double>(stamp.Seconds);
 }
 
 LevelAction LevelMachine::Decide(float level, bool recording, const LevelRules& rules, const TimeStamp& now) {

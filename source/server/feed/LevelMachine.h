@@ -33,9 +33,6 @@ struct LevelMachine {
 bool IsSet(const TimeStamp& stamp);
 void Unset(TimeStamp& stamp);
 
-// Seconds from `stamp` to `now`, across midnights.
-double SecondsBetween(const TimeStamp& stamp, const TimeStamp& now);
-
 // The gauge for a level, 0 to 100 per cent: logarithmic, 1 gives 0, 10 gives 50, 100 gives 100.
 double GaugePercent(float level);
 

@@ -91,6 +91,7 @@ class frmWireFeed : public controls::ChildForm {
   bool StartNextRecording(struct WireFeedRecord& feed);
   void cmdRecord_Click();
   void tmrAudioLevel_Timer();
+  void Act(LevelAction action, struct WireFeedRecord& feed);
   void timerRecordMonitor_Timer();
 
   Devices devices_;

@@ -62,10 +62,10 @@ void frmWireFeed::StartAudio(const WireFeedRecord& feed) {
   stream.wavedevicenumber = feed.SoundCard;
   if (stream.wavedevicenumber >= 1) stream.StartStream();
   devices_.winSockAudio->Start(feed.SoundCard);
-  AutoErase(feed, std::int64_t{feed.LastRecordedCartNumber} + 1, feed.ClearCartCount,
-            [this] { return audio_.Recording; });
-  // The stream and its timers run by now: behind a box of the clearing a recording may have begun.
-  if (!audio_.Recording) audio_.SetCurrentlyRecordingCart(0);
+  // The stream and its timers run by now: behind a box of the clearing a recording may begin, and end.
+  const Overtaken overtaken = [this, begun = audio_.Begun()] { return audio_.Begun() != begun; };
+  AutoErase(feed, std::int64_t{feed.LastRecordedCartNumber} + 1, feed.ClearCartCount, overtaken);
+  if (!overtaken()) audio_.SetCurrentlyRecordingCart(0);
 }
 
 std::int32_t frmWireFeed::StartRecording(std::int32_t cart) {
@@ -77,9 +77,10 @@ std::int32_t frmWireFeed::EndRecording() {
 }
 
 bool frmWireFeed::StartNextRecording(WireFeedRecord& feed) {
-  const std::int32_t cart = GetNextRecordCartNumber(feed);
-  // Behind a box of the search a tick may have begun one.
-  if (audio_.Recording || StartRecording(cart) != 0) return false;
+  // Behind a box of the search a tick may begin one.
+  const Overtaken overtaken = [this, begun = audio_.Begun()] { return audio_.Begun() != begun; };
+  const std::int32_t cart = GetNextRecordCartNumber(feed, overtaken);
+  if (overtaken() || StartRecording(cart) != 0) return false;
   sendWinSockMessage("Started Recording");
   return true;
 }
@@ -90,28 +91,32 @@ void frmWireFeed::cmdRecord_Click() {
   if (feed != nullptr && StartNextRecording(*feed)) Unset(level_.LevelBelowStamp);
 }
 
-// The clock is read once: what a tick decides and what it shows are of one moment.
+// The clock is read once: what a tick decides and what it shows are of one moment. Only behind a start or an
+// end, which may wait for the operator while other ticks go on, it is read again.
 void frmWireFeed::tmrAudioLevel_Timer() {
   WireFeedRecord* const feed = FeedOfTag(Tag());
   if (feed == nullptr) return;
   const auto level = static_cast<float>(devices_.axTidewire1->StreamLevel());
   strip_.pnlVolume->SetFloodPercent(GaugePercent(level));
-  const TimeStamp now = NowStamp();
+  TimeStamp now = NowStamp();
   const LevelRules rules = RulesOf(*feed);
-  switch (level_.Decide(level, audio_.Recording, rules, now)) {
-    case LevelAction::StartRecording:
-      StartNextRecording(*feed);
-      break;
-    case LevelAction::EndRecording:
-      if (EndRecording() == 0) sendWinSockMessage("Stopped Recording");
-      break;
-    case LevelAction::None:
-      break;
+  const LevelAction action = level_.Decide(level, audio_.Recording, rules, now);
+  if (action != LevelAction::None) {
+    Act(action, *feed);
+    now = NowStamp();
   }
   level_.Rearm(level, rules, now);
   if (!Loaded()) return;  // closed behind a box
   strip_.pnlTimeIn->SetCaption(TimeInText(level_, now));
   strip_.pnlTimeOut->SetCaption(TimeOutText(level_, now));
+}
+
+void frmWireFeed::Act(LevelAction action, WireFeedRecord& feed) {
+  if (action == LevelAction::StartRecording) {
+    StartNextRecording(feed);
+  } else if (EndRecording() == 0) {
+    sendWinSockMessage("Stopped Recording");
+  }
 }
 
 void frmWireFeed::timerRecordMonitor_Timer() {

@@ -79,7 +79,9 @@ std::int32_t RunProcess(const std::string& program, const std::string& arguments
 
 // The present moment; with `wholeHour` the start of its hour.
 TimeStamp NowStamp(bool wholeHour = false);
-// Seconds from the stamp until now, across midnights; negative for a stamp that lies ahead.
+// Seconds from the stamp until `now`, across midnights; negative for a stamp that lies ahead.
+double SecondsBetween(const TimeStamp& stamp, const TimeStamp& now);
+// The same until the present moment.
 double SecondsSince(const TimeStamp& stamp);
 
 // The stamp that lies `duration` seconds before `stamp`, to the hundredth. A duration that rounds up to a

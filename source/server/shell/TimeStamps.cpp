@@ -19,10 +19,13 @@ TimeStamp NowStamp(bool wholeHour) {
   return {now.day, static_cast<float>(seconds)};
 }
 
+double SecondsBetween(const TimeStamp& stamp, const TimeStamp& now) {
+  const double days = static_cast<double>(now.Day) - static_cast<double>(stamp.Day);
+  return days * kSecondsPerDay + static_cast<double>(now.Seconds) - static_cast<double>(stamp.Seconds);
+}
+
 double SecondsSince(const TimeStamp& stamp) {
-  const platform::Moment now = platform::ReadClock();
-  const double days = static_cast<double>(now.day) - static_cast<double>(stamp.Day);
-  return days * kSecondsPerDay + now.seconds - static_cast<double>(stamp.Seconds);
+  return SecondsBetween(stamp, NowStamp());
 }
 
 TimeStamp SubtractFromStamp(float duration, const TimeStamp& stamp) {

@@ -2,8 +2,10 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPointer>
+#include <QSpacerItem>
 
 #include <memory>
 #include <set>
@@ -89,6 +91,16 @@ std::string WordsOf(const BoxRequest& request) {
   return request.title.empty() ? request.text : request.title + ": " + request.text;
 }
 
+// The toolkit reckons with fewer and smaller buttons beside the title than most desktops have: a box with few
+// words would cut it off.
+void MakeRoomForTitle(QMessageBox& box) {
+  constexpr int kBesidesTitle = 140;
+  auto* const layout = qobject_cast<QGridLayout*>(box.layout());
+  if (layout == nullptr) return;
+  const int width = box.fontMetrics().horizontalAdvance(box.windowTitle()) + kBesidesTitle;
+  layout->addItem(new QSpacerItem(width, 0), layout->rowCount(), 0, 1, layout->columnCount());
+}
+
 BoxAnswer ShowBox(const BoxRequest& request) {
   static int open = 0;
   if (open >= kMostBoxes) {
@@ -109,6 +121,7 @@ BoxAnswer ShowBox(const BoxRequest& request) {
   box.setStandardButtons(ButtonsOf(request.buttons));
   box.setDefaultButton(ButtonOf(request.defaultAnswer));
   box.setEscapeButton(ButtonOf(platform::RefusalOf(request.buttons)));
+  MakeRoomForTitle(box);
   ++open;
   const int pressed = box.exec();
   --open;

@@ -76,7 +76,7 @@ void TellOfUnnumbered(const Names& names) {
     list += (list.empty() ? "" : ", ") + name;
   }
   if (list.empty()) return;
-  const std::string text = "platform.ini can't be written : no number for sound input " + list;
+  const std::string text = "No number for " + list + " : platform.ini can't be written";
   WriteToStandardError(text);
   WaveInTroubleHook()(text);
 }

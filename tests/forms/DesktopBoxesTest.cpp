@@ -61,6 +61,18 @@ TEST_F(DesktopBoxes, TitleOfItsOwn) {
   ShowMessageBox({"Text", BoxIcon::Exclamation, BoxButtons::RetryCancel, "MCI ERROR: 275", BoxAnswer::Retry});
 }
 
+// The desktop's buttons stand beside it.
+TEST_F(DesktopBoxes, FewWordsLeaveRoomForTheTitle) {
+  constexpr int kButtonsBesideIt = 120;
+  int width = 0;
+  human.Then([&width](QMessageBox& box) {
+    width = box.width() - box.fontMetrics().horizontalAdvance(box.windowTitle());
+    QTest::keyClick(&box, Qt::Key_Return);
+  });
+  ShowMessageBox("Few");
+  EXPECT_GT(width, kButtonsBesideIt);
+}
+
 TEST_F(DesktopBoxes, IconsOfEachKind) {
   const std::pair<BoxIcon, QMessageBox::Icon> icons[] = {{BoxIcon::Critical, QMessageBox::Critical},
                                                          {BoxIcon::Question, QMessageBox::Question},

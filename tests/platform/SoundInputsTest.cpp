@@ -120,7 +120,7 @@ TEST_F(UnwritableNumbersTest, NewInputIsToldOnceAndTakenUpByItselfWhenItsNumberI
   GiveBack();
   EXPECT_TRUE(fresh.WaitUntilRuns());
   EXPECT_EQ(test::ReadWholeFile(file_), "[WaveIn]\r\n1=feed2.monitor\r\n2=feed1.monitor\r\n");
-  EXPECT_EQ(told_, Names{"platform.ini can't be written : no number for sound input feed1.monitor"});
+  EXPECT_EQ(told_, Names{"No number for feed1.monitor : platform.ini can't be written"});
 }
 
 }  // namespace

@@ -94,8 +94,8 @@ TEST_F(AudioCaptureSoundServer, InputThatCannotBeNumberedIsToldOnceAndRecordedWh
   platform::Descriptor held = platform::OpenFile(Settings(), O_RDWR);
   ASSERT_EQ(::flock(held.number(), LOCK_EX), 0);
   StartWithoutSound();
-  const std::string told = "vdserver: platform.ini can't be written : no number for sound input " +
-                           SoundServerProcess::Input(1) + "\n";
+  const std::string told =
+      "vdserver: No number for " + SoundServerProcess::Input(1) + " : platform.ini can't be written\n";
   ASSERT_TRUE(WaitUntil([&] { return station_.Server().output() == told; }, kPatience))
       << station_.Server().output();
   EXPECT_EQ(sound_->Streams(), 0);

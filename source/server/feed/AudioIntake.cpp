@@ -81,8 +81,8 @@ std::int32_t AudioIntake::StartRecording(std::int32_t cart) {
   feed->RecordStartStamp = NowStamp();
   feed->ThisItemMaxLength = feed->MaxCutLength;
   MarkCart(cart);
-  // Behind a box of the clearing this recording may have been ended, or the next one begun, or have failed to:
-  // what that left is not this one's to open, and a gate without its file would stay open for ever.
+  // Behind a box of the clearing this recording may have been ended, or the next one begun, or have failed
+  // to: what that left is not this one's to open, and a gate without its file would stay open for ever.
   const auto overtaken = [&] { return underWay_ != recording || AudioFileHandle != handle; };
   AutoErase(*feed, cart + 1, feed->ClearCartCount, overtaken);
   if (overtaken()) return 0;

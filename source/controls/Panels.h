@@ -5,6 +5,7 @@
 
 #include <QFrame>
 #include <QLabel>
+#include <QRawFont>
 
 #include <cstdint>
 #include <functional>
@@ -38,10 +39,14 @@ class Panel : public QFrame {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
+  void DrawFigures(QPainter& painter);
+
   std::string caption_;
   std::int32_t backColor_ = kButtonFace;
+  QRawFont figures_;  // the font's, once figures have been drawn
 };
 
 // A sunken panel that fills from the left.
@@ -56,6 +61,8 @@ class FloodPanel : public Panel {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  int Filled() const;  // pixels
+
   double percent_ = 0.0;
 };
 

@@ -91,7 +91,7 @@ void FloodPanel::SetFloodPercent(double percent) {
   if (bounded == percent_) return;
   const int before = Filled();
   percent_ = bounded;
-  const auto [left, right] = std::minmax(before, Filled());
+  const auto [left, right] = std::minmax({before, Filled()});
   const QRect inner = contentsRect();
   if (left != right) update(inner.x() + left, inner.y(), right - left, inner.height());
 }
